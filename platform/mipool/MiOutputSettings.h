@@ -1,0 +1,16 @@
+// The process-wide imputation output options of the MIOUTPUT setting, which the pooling patterns
+// read (they use the diagnostics flag) without being handed them. The factory session sets them
+// when an "MIOUTPUT" output setting arrives; until then all four are true.
+#pragma once
+
+#include <string_view>
+
+// Reports the four flags, in this order: pooled, observed, imputed, diagnostics.
+void MiOutputSettings(bool& pooled, bool& observed, bool& imputed, bool& diagnostics);
+
+// Replaces the four flags.
+void SetMiOutputSettings(bool pooled, bool observed, bool imputed, bool diagnostics);
+
+// Sets each flag to whether the MIOUTPUT value contains its word ("pooled", "observed",
+// "imputed", "diagnostics"), anywhere and with the case as written.
+void SetMiOutputSettingsFromValue(std::string_view value);
