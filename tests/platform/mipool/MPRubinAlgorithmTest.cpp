@@ -1,0 +1,617 @@
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "platform/mipool/MPCompAlgorithm.h"
+#include "platform/mipool/MPFactory.h"
+#include "platform/mipool/MPParamContainer.h"
+#include "platform/mipool/MPRubinAlgorithm.h"
+#include "platform/mipool/PoolingErrors.h"
+
+namespace {
+
+constexpr double kSysmis = -1.7976931348623157e308;
+constexpr double kTight = 1e-9; // estimates and variances
+constexpr double kLoose = 1e-6; // degrees of freedom, significances, intervals
+
+struct Imputation {
+  std::vector<double> estimates;
+  std::vector<double> standardErrors;
+  std::vector<double> covariances; // row-major k x k, optional
+};
+
+void ExpectRelNear(double actual, double expected, double relative) {
+  EXPECT_NEAR(actual, expected, relative * std::fabs(expected)) << "expected " << expected;
+}
+
+void ExpectAllRelNear(const std::vector<double>& actual, const std::vector<double>& expected,
+                      double relative) {
+  ASSERT_EQ(actual.size(), expected.size());
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    SCOPED_TRACE(i);
+    ExpectRelNear(actual[i], expected[i], relative);
+  }
+}
+
+// Feeds the imputations as the pooling patterns do: one container, emptied and refilled before
+// each imputation, then combined.
+std::unique_ptr<MPCompAlgorithm> AddAll(const std::vector<Imputation>& imputations,
+                                        MPParamContainer& params) {
+  std::unique_ptr<MPCompAlgorithm> algorithm = MPFactory::CreateMPCompAlgorithm();
+  for (const Imputation& imputation : imputations) {
+    params.Estimates() = imputation.estimates;
+    params.StandardErrors() = imputation.standardErrors;
+    params.Covariances() = imputation.covariances;
+    const MCCommon::MCStatus status = algorithm->AddImputation(params);
+    EXPECT_TRUE(status.IsOK()) << status.GetErrorCode();
+  }
+  return algorithm;
+}
+
+std::unique_ptr<MPCompAlgorithm> Pool(const std::vector<Imputation>& imputations,
+                                      MPParamContainer& params, double completeDf = 0.0) {
+  std::unique_ptr<MPCompAlgorithm> algorithm = AddAll(imputations, params);
+  params.SetCompleteDataDf(completeDf);
+  const MCCommon::MCStatus status = algorithm->Combine(params);
+  EXPECT_TRUE(status.IsOK()) << status.GetErrorCode();
+  return algorithm;
+}
+
+// --- One estimate: five imputations, reference values from R 4.2.2, mice 3.15.0
+// pool.scalar(Q, U = se^2) and pool.scalar(Q, U, n = 30, k = 3); t, p and intervals from R's pt
+// and qt with pool.scalar's df and t.
+const std::vector<double> kScalarQ = {1.25, 0.875, 1.5, 1.0625, 1.375};
+const std::vector<double> kScalarSe = {0.5, 0.45, 0.55, 0.48, 0.52};
+
+std::vector<Imputation> ScalarImputations() {
+  std::vector<Imputation> imputations;
+  for (std::size_t i = 0; i < kScalarQ.size(); ++i)
+    imputations.push_back({{kScalarQ[i]}, {kScalarSe[i]}, {}});
+  return imputations;
+}
+
+struct ScalarReference {
+  double df, fmi, p, lower95, upper95, lower90, upper90, relativeEfficiency;
+};
+
+void ExpectScalarMatches(double completeDf, const ScalarReference& ref) {
+  MPParamContainer params;
+  std::unique_ptr<MPCompAlgorithm> algorithm = Pool(ScalarImputations(), params, completeDf);
+  ExpectRelNear(params.Estimates().at(0), 1.2124999999999999, kTight);
+  ExpectRelNear(params.WithinVariances().at(0), 0.25115999999999999, kTight);
+  ExpectRelNear(params.BetweenVariances().at(0), 0.061718750000000003, kTight);
+  ExpectRelNear(params.TotalVariances().at(0), 0.32522249999999997, kTight);
+  ExpectRelNear(params.PooledStandardErrors().at(0), std::sqrt(0.32522249999999997), kTight);
+
+  std::vector<double> t, r, fmi, re, sig;
+  ASSERT_TRUE(algorithm->Diagnostics(t, r, fmi, re, sig).IsOK());
+  ExpectRelNear(r.at(0), 0.29488174868609651, kTight);
+  ExpectRelNear(fmi.at(0), ref.fmi, kLoose);
+  ExpectRelNear(re.at(0), ref.relativeEfficiency, kLoose);
+  ExpectRelNear(sig.at(0), ref.p, kLoose);
+
+  std::vector<double> statistic;
+  ASSERT_TRUE(algorithm->TestStatistic(statistic).IsOK());
+  ExpectRelNear(statistic.at(0), 2.1261380279396929, kTight);
+
+  std::vector<double> df, wald, p;
+  ASSERT_TRUE(algorithm->DfAndSignificance({0.0}, df, wald, p).IsOK());
+  ExpectRelNear(df.at(0), ref.df, kLoose);
+  ExpectRelNear(wald.at(0), 2.1261380279396929 * 2.1261380279396929, kTight);
+  ExpectRelNear(p.at(0), ref.p, kLoose);
+
+  std::vector<double> lower, upper;
+  ASSERT_TRUE(algorithm->ConfidenceInterval(0.95, lower, upper).IsOK());
+  ExpectRelNear(lower.at(0), ref.lower95, kLoose);
+  ExpectRelNear(upper.at(0), ref.upper95, kLoose);
+  ASSERT_TRUE(algorithm->ConfidenceInterval(0.9, lower, upper).IsOK());
+  ExpectRelNear(lower.at(0), ref.lower90, kLoose);
+  ExpectRelNear(upper.at(0), ref.upper90, kLoose);
+}
+
+TEST(MPRubinAlgorithm, ScalarWithoutCompleteDfMatchesClassicalRubin) {
+  ExpectScalarMatches(0.0, {77.130194017625357, 0.24700412179364492, 0.036690861783279544,
+                            0.07695240824059324, 2.3480475917594066, 0.26306446011697548,
+                            2.1619355398830242, 0.95292473265502065});
+}
+
+TEST(MPRubinAlgorithm, ScalarWithCompleteDfMatchesBarnardRubin) {
+  ExpectScalarMatches(27.0, {15.540187585670495, 0.31103652730936215, 0.049893124055631927,
+                             0.00064068528488436804, 2.4243593147151152, 0.21504254504816978,
+                             2.2099574549518302, 0.94143581470208093});
+}
+
+TEST(MPRubinAlgorithm, InfiniteOrSystemMissingCompleteDfMeansUnknown) {
+  for (double unknown : {std::numeric_limits<double>::infinity(), kSysmis, -5.0}) {
+    MPParamContainer params;
+    std::unique_ptr<MPCompAlgorithm> algorithm = Pool(ScalarImputations(), params, unknown);
+    std::vector<double> df, wald, p;
+    ASSERT_TRUE(algorithm->DfAndSignificance({0.0}, df, wald, p).IsOK());
+    ExpectRelNear(df.at(0), 77.130194017625357, kLoose);
+  }
+}
+
+// --- A model of three terms: lm(chl ~ age + bmi) fitted to mice(nhanes, m = 5,
+// seed = 20240607) in R 4.2.2, mice 3.15.0; coefficients and vcov() of each imputation's fit.
+// Complete-data df = 22 (the fits' residual df).
+const std::vector<std::vector<double>> kModelCoef = {
+    {30.497850281282105, 25.359823074506416, 4.171430890678101},
+    {-77.453888237131451, 42.721534252301609, 7.2024049557451111},
+    {-22.232748683999581, 42.377762984331255, 5.2340831761529634},
+    {-9.5219056712298986, 30.447403530105277, 5.7562841963483464},
+    {31.574777452658964, 32.389394773835761, 3.8956648216025491},
+};
+const std::vector<std::vector<double>> kModelVcov = {
+    {2716.3691145022299, -209.37057015950379, -87.471007046701189, -209.37057015950379,
+     68.825851653632256, 3.3489096420643314, -87.471007046701189, 3.3489096420643314,
+     3.0961335234806424},
+    {3058.1484869929041, -322.50754494595537, -89.957563171183992, -322.50754494595537,
+     73.745427889370021, 7.0664268062725206, -89.957563171183992, 7.0664268062725206,
+     2.8424997063707971},
+    {2334.7958639362141, -231.79158886261348, -71.302509390510721, -231.79158886261348,
+     62.928216026927316, 4.5640244590958297, -71.302509390510721, 4.5640244590958297,
+     2.3857400581637282},
+    {2662.3267236839697, -272.3291151734345, -81.220334500746901, -272.3291151734345,
+     76.835105353041484, 5.2065672851314568, -81.220334500746901, 5.2065672851314568,
+     2.7364718243549886},
+    {2673.5340792780021, -282.93619326917326, -79.357999756737954, -282.93619326917326,
+     76.325177273959397, 5.5292410056185712, -79.357999756737954, 5.5292410056185712,
+     2.5906584159417045},
+};
+
+// The chosen terms (indices into the three) of the first `count` imputations, with standard
+// errors from the vcov diagonal, and with the covariance sub-matrix when asked for.
+std::vector<Imputation> ModelImputations(const std::vector<std::size_t>& terms, bool covariances,
+                                         std::size_t count = 5) {
+  std::vector<Imputation> imputations;
+  for (std::size_t l = 0; l < count; ++l) {
+    Imputation imputation;
+    for (std::size_t i : terms) {
+      imputation.estimates.push_back(kModelCoef[l][i]);
+      imputation.standardErrors.push_back(std::sqrt(kModelVcov[l][i * 3 + i]));
+      if (covariances)
+        for (std::size_t j : terms)
+          imputation.covariances.push_back(kModelVcov[l][i * 3 + j]);
+    }
+    imputations.push_back(imputation);
+  }
+  return imputations;
+}
+
+// R: pool(fit)$pooled and summary(pool(fit), conf.int = TRUE).
+TEST(MPRubinAlgorithm, ModelTermsMatchMicePool) {
+  MPParamContainer params;
+  std::unique_ptr<MPCompAlgorithm> algorithm =
+      Pool(ModelImputations({0, 1, 2}, false), params, 22.0);
+  EXPECT_EQ(algorithm->ImputationCount(), 5);
+  EXPECT_EQ(algorithm->TermCount(), 3);
+  ExpectAllRelNear(params.Estimates(),
+                   {-9.4271829716839726, 34.659183723016064, 5.2519736081054145}, kTight);
+  ExpectAllRelNear(params.WithinVariances(),
+                   {2689.0348536786637, 71.731955639386086, 2.7303007056623723}, kTight);
+  ExpectAllRelNear(params.BetweenVariances(),
+                   {2016.6982884410334, 58.486776152135576, 1.7664944418387647}, kTight);
+  ExpectAllRelNear(params.TotalVariances(),
+                   {5109.0727998079037, 141.91608702194878, 4.8500940358688904}, kTight);
+  ExpectAllRelNear(params.PooledStandardErrors(),
+                   {71.477778363683797, 11.912853857155673, 2.2022929041952821}, kTight);
+
+  std::vector<double> t, r, fmi, re, sig;
+  ASSERT_TRUE(algorithm->Diagnostics(t, r, fmi, re, sig).IsOK());
+  ExpectAllRelNear(r, {0.89996525809941452, 0.97842210988078049, 0.77639555445679553}, kTight);
+  ExpectAllRelNear(fmi, {0.58255132652294928, 0.60332149118237455, 0.5455401534662675}, kLoose);
+  ExpectAllRelNear(sig, {0.89896229164187313, 0.025564250704490164, 0.046754579304201134}, kLoose);
+
+  std::vector<double> statistic;
+  ASSERT_TRUE(algorithm->TestStatistic(statistic).IsOK());
+  ExpectAllRelNear(statistic, {-0.13188970317065291, 2.909393847906343, 2.3847752486059459},
+                   kTight);
+
+  std::vector<double> df, wald, p;
+  ASSERT_TRUE(algorithm->DfAndSignificance({0.0}, df, wald, p).IsOK());
+  ExpectAllRelNear(df, {6.6682801781273708, 6.2935737304808406, 7.3788514867762007}, kLoose);
+  ExpectAllRelNear(p, {0.89896229164187313, 0.025564250704490164, 0.046754579304201134}, kLoose);
+
+  std::vector<double> lower, upper;
+  ASSERT_TRUE(algorithm->ConfidenceInterval(0.95, lower, upper).IsOK());
+  ExpectAllRelNear(lower, {-180.16474687019644, 5.8359324501951448, 0.098092631590446899},
+                   kLoose);
+  ExpectAllRelNear(upper, {161.31038092682849, 63.482434995836982, 10.405854584620382}, kLoose);
+}
+
+TEST(MPRubinAlgorithm, PerTermWaldStatisticIsSquaredTAgainstEachTermsNullValue) {
+  MPParamContainer params;
+  std::unique_ptr<MPCompAlgorithm> algorithm =
+      Pool(ModelImputations({0, 1, 2}, false), params, 22.0);
+  std::vector<double> df, wald, p;
+  ASSERT_TRUE(algorithm->DfAndSignificance({0.0}, df, wald, p).IsOK());
+  ExpectAllRelNear(wald,
+                   {0.13188970317065291 * 0.13188970317065291,
+                    2.909393847906343 * 2.909393847906343, 2.3847752486059459 * 2.3847752486059459},
+                   kTight);
+
+  // Testing each term against its own pooled value gives t = 0 and p = 1; df do not change.
+  ASSERT_TRUE(algorithm
+                  ->DfAndSignificance({-9.4271829716839726, 34.659183723016064, 5.2519736081054145},
+                                      df, wald, p)
+                  .IsOK());
+  for (std::size_t j = 0; j < 3; ++j) {
+    EXPECT_NEAR(wald[j], 0.0, 1e-20);
+    EXPECT_NEAR(p[j], 1.0, 1e-9);
+  }
+  ExpectRelNear(df[1], 6.2935737304808406, kLoose);
+}
+
+// --- Joint Wald test of the slopes (age, bmi) = 0. References: R 4.2.2, mice 3.15.0 D1(fit),
+// which takes dfcom = 22 from the fits; mitml 0.4-4 testModels(fit, lm(chl ~ 1) fits,
+// method = "D1") without df.com, the routine that D1 calls; mitml:::.D1 (that routine's core)
+// for the other inputs. Each row: F, df1, df2, p, relative increase in variance.
+struct WaldReference {
+  double statistic, df1, df2, p, riv;
+};
+
+void ExpectWaldMatches(const std::vector<Imputation>& imputations, double completeDf,
+                       const WaldReference& ref) {
+  MPParamContainer params;
+  std::unique_ptr<MPCompAlgorithm> algorithm = Pool(imputations, params, completeDf);
+  std::vector<double> statistic, df, p, riv;
+  const MCCommon::MCStatus status = algorithm->WaldTest({0.0}, statistic, df, p, riv);
+  ASSERT_TRUE(status.IsOK()) << status.GetErrorCode();
+  ExpectRelNear(statistic.at(0), ref.statistic, kTight);
+  EXPECT_EQ(df.at(0), ref.df1);
+  ExpectRelNear(df.at(1), ref.df2, kLoose);
+  ExpectRelNear(p.at(0), ref.p, kLoose);
+  ExpectRelNear(riv.at(0), ref.riv, kTight);
+}
+
+TEST(MPRubinAlgorithm, JointWaldTestWithCompleteDfMatchesMiceD1) {
+  ExpectWaldMatches(ModelImputations({1, 2}, true), 22.0,
+                    {5.6393724188911705, 2, 6.5981929404170634, 0.037318684008712515,
+                     0.77222794974799358});
+}
+
+TEST(MPRubinAlgorithm, JointWaldTestWithoutCompleteDfUsesLiRaghunathanRubinDf) {
+  ExpectWaldMatches(ModelImputations({1, 2}, true), 0.0,
+                    {5.6393724188911705, 2, 19.542767206637816, 0.011656200896659299,
+                     0.77222794974799358});
+}
+
+TEST(MPRubinAlgorithm, JointWaldTestFromStandardErrorsUsesDiagonalCovariance) {
+  ExpectWaldMatches(ModelImputations({1, 2}, false), 22.0,
+                    {7.150581783322119, 2, 6.103674715688749, 0.02514227345625145,
+                     0.87740883216878784});
+  ExpectWaldMatches(ModelImputations({1, 2}, false), 0.0,
+                    {7.150581783322119, 2, 17.760978776516033, 0.0052714094813085931,
+                     0.87740883216878784});
+}
+
+TEST(MPRubinAlgorithm, JointWaldTestOverAllTermsKeepsTinySignificancesAccurate) {
+  ExpectWaldMatches(ModelImputations({0, 1, 2}, true), 0.0,
+                    {181.97974102503724, 3, 43.732270643514688, 1.0213308253542913e-24,
+                     0.67829417501033396});
+  ExpectWaldMatches(ModelImputations({0, 1, 2}, true), 22.0,
+                    {181.97974102503724, 3, 9.721081579179657, 7.6483356517005762e-09,
+                     0.67829417501033396});
+}
+
+TEST(MPRubinAlgorithm, JointWaldTestWithFewImputationsUsesSmallSampleDf) {
+  // k = 2 terms, m = 3 imputations: k(m - 1) = 4.
+  ExpectWaldMatches(ModelImputations({1, 2}, true, 3), 0.0,
+                    {5.0844734597845083, 2, 9.5313559009025841, 0.031426421639022623,
+                     1.2780412279448661});
+}
+
+TEST(MPRubinAlgorithm, JointWaldTestAgainstPooledValuesIsZero) {
+  MPParamContainer params;
+  std::unique_ptr<MPCompAlgorithm> algorithm = Pool(ModelImputations({1, 2}, true), params);
+  std::vector<double> statistic, df, p, riv;
+  ASSERT_TRUE(algorithm->WaldTest(params.Estimates(), statistic, df, p, riv).IsOK());
+  EXPECT_NEAR(statistic.at(0), 0.0, 1e-20);
+  EXPECT_NEAR(p.at(0), 1.0, 1e-12);
+}
+
+// --- Degenerate variances.
+TEST(MPRubinAlgorithm, ZeroBetweenVarianceWithoutCompleteDfUsesNormalReference) {
+  // t = 1.959963984540054 is the normal 97.5% point: p = 0.05 and the 95% interval is [0, 2t].
+  const double z = 1.959963984540054;
+  MPParamContainer params;
+  std::unique_ptr<MPCompAlgorithm> algorithm =
+      Pool({{{z}, {1.0}, {}}, {{z}, {1.0}, {}}, {{z}, {1.0}, {}}}, params);
+  EXPECT_EQ(params.BetweenVariances().at(0), 0.0);
+  ExpectRelNear(params.TotalVariances().at(0), 1.0, kTight);
+
+  std::vector<double> df, wald, p;
+  ASSERT_TRUE(algorithm->DfAndSignificance({0.0}, df, wald, p).IsOK());
+  EXPECT_EQ(df.at(0), kSysmis); // infinite
+  ExpectRelNear(p.at(0), 0.05, 1e-9);
+
+  std::vector<double> lower, upper;
+  ASSERT_TRUE(algorithm->ConfidenceInterval(0.95, lower, upper).IsOK());
+  EXPECT_NEAR(lower.at(0), 0.0, 1e-12);
+  ExpectRelNear(upper.at(0), 2 * z, 1e-12);
+
+  std::vector<double> t, r, fmi, re, sig;
+  ASSERT_TRUE(algorithm->Diagnostics(t, r, fmi, re, sig).IsOK());
+  EXPECT_EQ(r.at(0), 0.0);
+  EXPECT_EQ(fmi.at(0), 0.0);
+  EXPECT_EQ(re.at(0), 1.0);
+
+  // All information is complete: the joint test is chi-square(k)/k, here z^2 on 1 df.
+  std::vector<double> statistic, waldDf, waldP, riv;
+  ASSERT_TRUE(algorithm->WaldTest({0.0}, statistic, waldDf, waldP, riv).IsOK());
+  ExpectRelNear(statistic.at(0), z * z, kTight);
+  EXPECT_EQ(waldDf.at(1), kSysmis);
+  ExpectRelNear(waldP.at(0), 0.05, 1e-9);
+}
+
+TEST(MPRubinAlgorithm, ZeroBetweenVarianceWithCompleteDfUsesObservedDataDf) {
+  MPParamContainer params;
+  // Six imputations, so that the joint test's k(m - 1) exceeds 4 and its small-sample df apply.
+  std::unique_ptr<MPCompAlgorithm> algorithm =
+      Pool(std::vector<Imputation>(6, Imputation{{2.0}, {1.0}, {}}), params, 9.0);
+  std::vector<double> df, wald, p;
+  ASSERT_TRUE(algorithm->DfAndSignificance({0.0}, df, wald, p).IsOK());
+  ExpectRelNear(df.at(0), 10.0 / 12.0 * 9.0, kTight); // (v + 1)/(v + 3) v
+  std::vector<double> t, r, fmi, re, sig;
+  ASSERT_TRUE(algorithm->Diagnostics(t, r, fmi, re, sig).IsOK());
+  ExpectRelNear(fmi.at(0), 2.0 / (7.5 + 3.0), kTight);
+
+  // The joint test's df reduce to the same value when nothing varies between imputations.
+  std::vector<double> statistic, waldDf, waldP, riv;
+  ASSERT_TRUE(algorithm->WaldTest({0.0}, statistic, waldDf, waldP, riv).IsOK());
+  EXPECT_EQ(riv.at(0), 0.0);
+  ExpectRelNear(waldDf.at(1), 7.5, kTight);
+}
+
+TEST(MPRubinAlgorithm, ZeroTotalVarianceGivesSystemMissingResultsWithoutFailing) {
+  MPParamContainer params;
+  std::unique_ptr<MPCompAlgorithm> algorithm =
+      Pool({{{4.0}, {0.0}, {}}, {{4.0}, {0.0}, {}}, {{4.0}, {0.0}, {}}}, params);
+  EXPECT_EQ(params.Estimates().at(0), 4.0);
+  EXPECT_EQ(params.BetweenVariances().at(0), 0.0);
+  EXPECT_EQ(params.PooledStandardErrors().at(0), 0.0);
+
+  // The callers footnote a system-missing significance when the between variance is 0.
+  std::vector<double> df, wald, p;
+  ASSERT_TRUE(algorithm->DfAndSignificance({0.0}, df, wald, p).IsOK());
+  EXPECT_EQ(df.at(0), kSysmis);
+  EXPECT_EQ(wald.at(0), kSysmis);
+  EXPECT_EQ(p.at(0), kSysmis);
+
+  std::vector<double> statistic;
+  ASSERT_TRUE(algorithm->TestStatistic(statistic).IsOK());
+  EXPECT_EQ(statistic.at(0), kSysmis);
+
+  std::vector<double> lower, upper;
+  ASSERT_TRUE(algorithm->ConfidenceInterval(0.95, lower, upper).IsOK());
+  EXPECT_EQ(lower.at(0), kSysmis);
+  EXPECT_EQ(upper.at(0), kSysmis);
+
+  std::vector<double> t, r, fmi, re, sig;
+  ASSERT_TRUE(algorithm->Diagnostics(t, r, fmi, re, sig).IsOK());
+  EXPECT_EQ(t.at(0), 0.0);
+  EXPECT_EQ(r.at(0), kSysmis);
+  EXPECT_EQ(fmi.at(0), kSysmis);
+  EXPECT_EQ(re.at(0), kSysmis);
+  EXPECT_EQ(sig.at(0), kSysmis);
+
+  std::vector<double> d1, d1Df, d1P, riv;
+  const MCCommon::MCStatus status = algorithm->WaldTest({0.0}, d1, d1Df, d1P, riv);
+  EXPECT_EQ(status.GetErrorCode(), MPError::kNoVariance);
+  EXPECT_EQ(d1.at(0), kSysmis);
+  EXPECT_EQ(d1P.at(0), kSysmis);
+}
+
+TEST(MPRubinAlgorithm, ZeroWithinVarianceMeansAllInformationMissing) {
+  MPParamContainer params;
+  std::unique_ptr<MPCompAlgorithm> algorithm =
+      Pool({{{1.0}, {0.0}, {}}, {{2.0}, {0.0}, {}}, {{3.0}, {0.0}, {}}, {{4.0}, {0.0}, {}}},
+           params);
+  ExpectRelNear(params.BetweenVariances().at(0), 5.0 / 3.0, kTight);
+  ExpectRelNear(params.TotalVariances().at(0), 1.25 * 5.0 / 3.0, kTight);
+
+  std::vector<double> t, r, fmi, re, sig;
+  ASSERT_TRUE(algorithm->Diagnostics(t, r, fmi, re, sig).IsOK());
+  EXPECT_EQ(r.at(0), kSysmis); // infinite
+  EXPECT_EQ(fmi.at(0), 1.0);
+  ExpectRelNear(re.at(0), 1.0 / 1.25, kTight);
+
+  std::vector<double> df, wald, p;
+  ASSERT_TRUE(algorithm->DfAndSignificance({0.0}, df, wald, p).IsOK());
+  ExpectRelNear(df.at(0), 3.0, kTight); // m - 1
+
+  // Nothing is observed within the imputations: the observed-data df, and so the df, vanish.
+  params.SetCompleteDataDf(20.0);
+  ASSERT_TRUE(algorithm->Combine(params).IsOK());
+  ASSERT_TRUE(algorithm->DfAndSignificance({0.0}, df, wald, p).IsOK());
+  EXPECT_EQ(df.at(0), kSysmis);
+  EXPECT_EQ(p.at(0), kSysmis);
+
+  std::vector<double> d1, d1Df, d1P, riv;
+  EXPECT_EQ(algorithm->WaldTest({0.0}, d1, d1Df, d1P, riv).GetErrorCode(),
+            MPError::kSingularMatrix);
+}
+
+TEST(MPRubinAlgorithm, JointWaldTestReportsCollinearTermsAsSingular) {
+  // The second term's covariance row is twice the first's: Ubar has rank 1.
+  const std::vector<double> cov = {1.0, 2.0, 2.0, 4.0};
+  MPParamContainer params;
+  std::unique_ptr<MPCompAlgorithm> algorithm =
+      Pool({{{1.0, 2.0}, {}, cov}, {{1.5, 2.5}, {}, cov}}, params);
+  std::vector<double> statistic, df, p, riv;
+  const MCCommon::MCStatus status = algorithm->WaldTest({0.0}, statistic, df, p, riv);
+  EXPECT_EQ(status.GetErrorCode(), MPError::kSingularMatrix);
+  EXPECT_EQ(statistic.at(0), kSysmis);
+  EXPECT_EQ(df.size(), 2u);
+  // The per-term results do not need the inverse and still work.
+  std::vector<double> perTermDf, wald, perTermP;
+  EXPECT_TRUE(algorithm->DfAndSignificance({0.0}, perTermDf, wald, perTermP).IsOK());
+  EXPECT_NE(perTermP.at(1), kSysmis);
+}
+
+// --- Too few imputations, missing and malformed input, calls out of order.
+TEST(MPRubinAlgorithm, CombineNeedsAtLeastTwoImputations) {
+  for (std::size_t count : {0u, 1u}) {
+    SCOPED_TRACE(count);
+    std::vector<Imputation> imputations(count, Imputation{{1.0, 2.0}, {0.5, 0.5}, {}});
+    MPParamContainer params;
+    std::unique_ptr<MPCompAlgorithm> algorithm = AddAll(imputations, params);
+    EXPECT_EQ(algorithm->Combine(params).GetErrorCode(), MPError::kTooFewImputations);
+    EXPECT_EQ(params.Estimates(), std::vector<double>(count * 2, kSysmis));
+    EXPECT_TRUE(params.PooledStandardErrors().empty());
+
+    std::vector<double> statistic;
+    EXPECT_EQ(algorithm->TestStatistic(statistic).GetErrorCode(), MPError::kNotCombined);
+    EXPECT_EQ(statistic, std::vector<double>(count * 2, kSysmis));
+  }
+}
+
+TEST(MPRubinAlgorithm, SystemMissingInputIsRejectedWithItsOwnCode) {
+  MPParamContainer params;
+  std::unique_ptr<MPCompAlgorithm> algorithm = MPFactory::CreateMPCompAlgorithm();
+  params.Estimates() = {1.0, kSysmis};
+  params.StandardErrors() = {0.5, 0.5};
+  EXPECT_EQ(algorithm->AddImputation(params).GetErrorCode(), MPError::kSystemMissingInput);
+  EXPECT_EQ(MPError::kSystemMissingInput, 140024);
+
+  // A missing standard error counts too, and takes precedence over other faults.
+  params.Estimates() = {1.0, std::nan("")};
+  params.StandardErrors() = {kSysmis, -1.0};
+  EXPECT_EQ(algorithm->AddImputation(params).GetErrorCode(), MPError::kSystemMissingInput);
+  EXPECT_EQ(algorithm->ImputationCount(), 0);
+
+  // With estimates only, the standard error list is not read.
+  params.SetCount(MPParamContainer::kEstimatesOnly);
+  params.Estimates() = {1.0, 2.0};
+  EXPECT_TRUE(algorithm->AddImputation(params).IsOK());
+}
+
+TEST(MPRubinAlgorithm, MalformedImputationsAreRejectedAndNotRecorded) {
+  struct Case {
+    const char* what;
+    int count;
+    std::vector<double> estimates, standardErrors, covariances;
+    long code;
+  };
+  const double inf = std::numeric_limits<double>::infinity();
+  const std::vector<Case> cases = {
+      {"no estimates", 2, {}, {}, {}, MPError::kNoEstimates},
+      {"more terms than the first", 2, {1, 2, 3}, {1, 1, 1}, {}, MPError::kTermCountMismatch},
+      {"standard error missing", 2, {1, 2}, {1}, {}, MPError::kStandardErrorCountMismatch},
+      {"estimates only after standard errors", 1, {1, 2}, {}, {},
+       MPError::kStandardErrorCountMismatch},
+      {"count field 3", 3, {1, 2}, {1, 1}, {}, MPError::kBadCountField},
+      {"infinite estimate", 2, {inf, 2}, {1, 1}, {}, MPError::kNonFiniteInput},
+      {"NaN standard error", 2, {1, 2}, {1, std::nan("")}, {}, MPError::kNonFiniteInput},
+      {"negative standard error", 2, {1, 2}, {1, -0.5}, {}, MPError::kNegativeStandardError},
+      {"covariances after standard errors", 2, {1, 2}, {}, {1, 0, 0, 1},
+       MPError::kCovarianceMismatch},
+  };
+  MPParamContainer params;
+  std::unique_ptr<MPCompAlgorithm> algorithm = AddAll({{{1, 2}, {1, 1}, {}}}, params);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    params.SetCount(c.count);
+    params.Estimates() = c.estimates;
+    params.StandardErrors() = c.standardErrors;
+    params.Covariances() = c.covariances;
+    EXPECT_EQ(algorithm->AddImputation(params).GetErrorCode(), c.code);
+  }
+  EXPECT_EQ(algorithm->ImputationCount(), 1);
+  EXPECT_EQ(algorithm->TermCount(), 2);
+}
+
+TEST(MPRubinAlgorithm, MalformedCovarianceMatricesAreRejected) {
+  struct Case {
+    const char* what;
+    std::vector<double> covariances;
+    long code;
+  };
+  const std::vector<Case> cases = {
+      {"wrong size", {1, 0, 0}, MPError::kCovarianceMismatch},
+      {"not symmetric", {1, 0.5, 0.4, 1}, MPError::kCovarianceMismatch},
+      {"negative variance", {1, 0, 0, -1}, MPError::kNegativeStandardError},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    std::unique_ptr<MPCompAlgorithm> algorithm = MPFactory::CreateMPCompAlgorithm();
+    MPParamContainer params;
+    params.Estimates() = {1, 2};
+    params.Covariances() = c.covariances;
+    EXPECT_EQ(algorithm->AddImputation(params).GetErrorCode(), c.code);
+  }
+}
+
+TEST(MPRubinAlgorithm, ImputationsCannotBeAddedAfterCombining) {
+  MPParamContainer params;
+  std::unique_ptr<MPCompAlgorithm> algorithm = Pool(ScalarImputations(), params);
+  params.Estimates() = {1.0};
+  params.StandardErrors() = {1.0};
+  EXPECT_EQ(algorithm->AddImputation(params).GetErrorCode(), MPError::kAlreadyCombined);
+  EXPECT_EQ(algorithm->ImputationCount(), 5);
+}
+
+TEST(MPRubinAlgorithm, EstimatesOnlyPoolMeanAndBetweenVarianceButNoVarianceStatistics) {
+  MPParamContainer params;
+  params.SetCount(MPParamContainer::kEstimatesOnly);
+  std::unique_ptr<MPCompAlgorithm> algorithm =
+      Pool({{{0.2, 1.0}, {}, {}}, {{0.4, 1.0}, {}, {}}, {{0.9, 1.0}, {}, {}}}, params);
+  ExpectAllRelNear(params.Estimates(), {0.5, 1.0}, kTight);
+  ExpectRelNear(params.BetweenVariances().at(0), 0.13, kTight);
+  EXPECT_EQ(params.BetweenVariances().at(1), 0.0);
+  EXPECT_TRUE(params.PooledStandardErrors().empty());
+  EXPECT_TRUE(params.TotalVariances().empty());
+
+  std::vector<double> t, r, fmi, re, sig;
+  EXPECT_EQ(algorithm->Diagnostics(t, r, fmi, re, sig).GetErrorCode(),
+            MPError::kNoStandardErrors);
+  EXPECT_EQ(fmi, std::vector<double>(2, kSysmis));
+  std::vector<double> df, wald, p;
+  EXPECT_EQ(algorithm->DfAndSignificance({0.0}, df, wald, p).GetErrorCode(),
+            MPError::kNoStandardErrors);
+  std::vector<double> statistic, waldDf, waldP, riv;
+  EXPECT_EQ(algorithm->WaldTest({0.0}, statistic, waldDf, waldP, riv).GetErrorCode(),
+            MPError::kNoStandardErrors);
+}
+
+TEST(MPRubinAlgorithm, BadArgumentsOfResultOperationsFailWithSystemMissingResults) {
+  MPParamContainer params;
+  std::unique_ptr<MPCompAlgorithm> algorithm =
+      Pool(ModelImputations({0, 1, 2}, false), params, 22.0);
+  std::vector<double> lower, upper;
+  for (double level : {0.0, 1.0, 95.0, -0.5, std::nan("")}) {
+    SCOPED_TRACE(level);
+    EXPECT_EQ(algorithm->ConfidenceInterval(level, lower, upper).GetErrorCode(),
+              MPError::kBadConfidenceLevel);
+    EXPECT_EQ(lower, std::vector<double>(3, kSysmis));
+  }
+  std::vector<double> df, wald, p;
+  for (const std::vector<double>& nulls :
+       {std::vector<double>{}, std::vector<double>{0, 0}, std::vector<double>{kSysmis}}) {
+    EXPECT_EQ(algorithm->DfAndSignificance(nulls, df, wald, p).GetErrorCode(),
+              MPError::kBadNullValues);
+    EXPECT_EQ(p, std::vector<double>(3, kSysmis));
+    std::vector<double> statistic, waldDf, waldP, riv;
+    EXPECT_EQ(algorithm->WaldTest(nulls, statistic, waldDf, waldP, riv).GetErrorCode(),
+              MPError::kBadNullValues);
+  }
+}
+
+TEST(MPRubinAlgorithm, CopiesPoolIndependently) {
+  MPParamContainer params;
+  std::unique_ptr<MPCompAlgorithm> algorithm = AddAll(ScalarImputations(), params);
+  auto& rubin = dynamic_cast<MPRubinAlgorithm&>(*algorithm);
+  MPRubinAlgorithm copy(rubin);
+  params.Estimates() = {100.0};
+  params.StandardErrors() = {1.0};
+  ASSERT_TRUE(copy.AddImputation(params).IsOK());
+  EXPECT_EQ(copy.ImputationCount(), 6);
+  EXPECT_EQ(algorithm->ImputationCount(), 5);
+  ASSERT_TRUE(algorithm->Combine(params).IsOK());
+  ExpectRelNear(params.Estimates().at(0), 1.2124999999999999, kTight);
+}
+
+} // namespace
