@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -16,11 +15,11 @@ const std::string kRoot = OMF_STRINGTABLES_DIR;
 
 // The placeholders of a text, sorted: "^2 of ^1" gives {"^1", "^2"}.
 std::vector<std::string> Placeholders(const std::string& text) {
-  static const std::regex placeholder("\\^[0-9]+");
   std::vector<std::string> found;
-  for (auto it = std::sregex_iterator(text.begin(), text.end(), placeholder);
-       it != std::sregex_iterator(); ++it) {
-    found.push_back(it->str());
+  for (std::size_t i = text.find('^'); i != std::string::npos; i = text.find('^', i + 1)) {
+    std::size_t end = i + 1;
+    while (end < text.size() && text[end] >= '0' && text[end] <= '9') ++end;
+    if (end > i + 1) found.push_back(text.substr(i, end - i));
   }
   std::sort(found.begin(), found.end());
   return found;
