@@ -25,7 +25,7 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 // Collects the context of one parse so that every failure names file and line.
 class Parser {
 public:
-  Parser(const std::string& fileName) : _fileName(fileName) {}
+  explicit Parser(const std::string& fileName) : _fileName(fileName) {}
 
   [[noreturn]] void Fail(const std::string& what) const {
     throw OMSException("StringTable::Parse -- " + _fileName + " line " + std::to_string(_line) +
