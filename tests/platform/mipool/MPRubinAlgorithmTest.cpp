@@ -8,7 +8,6 @@
 #include "platform/mipool/MPCompAlgorithm.h"
 #include "platform/mipool/MPFactory.h"
 #include "platform/mipool/MPParamContainer.h"
-#include "platform/mipool/MPRubinAlgorithm.h"
 #include "platform/mipool/PoolingErrors.h"
 
 namespace {
@@ -598,20 +597,6 @@ TEST(MPRubinAlgorithm, BadArgumentsOfResultOperationsFailWithSystemMissingResult
     EXPECT_EQ(algorithm->WaldTest(nulls, statistic, waldDf, waldP, riv).GetErrorCode(),
               MPError::kBadNullValues);
   }
-}
-
-TEST(MPRubinAlgorithm, CopiesPoolIndependently) {
-  MPParamContainer params;
-  std::unique_ptr<MPCompAlgorithm> algorithm = AddAll(ScalarImputations(), params);
-  auto& rubin = dynamic_cast<MPRubinAlgorithm&>(*algorithm);
-  MPRubinAlgorithm copy(rubin);
-  params.Estimates() = {100.0};
-  params.StandardErrors() = {1.0};
-  ASSERT_TRUE(copy.AddImputation(params).IsOK());
-  EXPECT_EQ(copy.ImputationCount(), 6);
-  EXPECT_EQ(algorithm->ImputationCount(), 5);
-  ASSERT_TRUE(algorithm->Combine(params).IsOK());
-  ExpectRelNear(params.Estimates().at(0), 1.2124999999999999, kTight);
 }
 
 } // namespace
