@@ -36,3 +36,27 @@ function(om_test name)
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST
     PROPERTIES ENVIRONMENT "OMF_SOURCE_DIR=${CMAKE_SOURCE_DIR}")
 endfunction()
+
+# om_folder_library(NAME [DEPS ...]): a static library of every .cpp in the calling folder, for
+# folders that several people add classes to at once.
+function(om_folder_library name)
+  cmake_parse_arguments(A "" "" "DEPS" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
+  if(sources)
+    om_library(${name} SOURCES ${sources} DEPS ${A_DEPS})
+  else()
+    # Nothing written yet: an empty interface target keeps the dependents linking.
+    add_library(${name} INTERFACE)
+    target_include_directories(${name} INTERFACE "${CMAKE_SOURCE_DIR}")
+  endif()
+endfunction()
+
+# om_folder_tests(PREFIX [DEPS ...]): one test executable per *Test.cpp in the calling folder.
+function(om_folder_tests prefix)
+  cmake_parse_arguments(A "" "" "DEPS" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*Test.cpp")
+  foreach(src IN LISTS sources)
+    get_filename_component(stem "${src}" NAME_WE)
+    om_test(${prefix}_${stem} SOURCES ${src} DEPS ${A_DEPS})
+  endforeach()
+endfunction()
