@@ -1,0 +1,357 @@
+// The binary record that carries OMS requests between processes: field order, byte-order
+// reversal, the string limit and records that end early or carry absurd counts.
+#include <algorithm>
+#include <cstdint>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "backend/omsopmgr/OMSColumns.h"
+#include "backend/omsopmgr/OMSObjectSelector.h"
+#include "backend/omsopmgr/OMSSelector.h"
+#include "platform/errors/OMSException.h"
+
+namespace {
+
+// Writes record fields as a machine of this or of the other byte order would.
+class RecordBuilder {
+public:
+  explicit RecordBuilder(bool otherByteOrder = false) : _other(otherByteOrder) {}
+
+  RecordBuilder& Flag(bool v) {
+    _bytes.push_back(v ? '\1' : '\0');
+    return *this;
+  }
+  RecordBuilder& Int32(std::int32_t v) { return Number(&v, sizeof v); }
+  RecordBuilder& UInt32(std::uint32_t v) { return Number(&v, sizeof v); }
+  RecordBuilder& Double(double v) { return Number(&v, sizeof v); }
+  RecordBuilder& String(const std::string& s) {
+    _bytes += s;
+    _bytes.push_back('\0');
+    return *this;
+  }
+  RecordBuilder& Strings(const std::vector<std::string>& list) {
+    Int32(static_cast<std::int32_t>(list.size()));
+    for (const std::string& s : list) String(s);
+    return *this;
+  }
+  RecordBuilder& Selector(const std::vector<std::string>& commands,
+                          const std::vector<std::string>& subtypes,
+                          const std::vector<std::string>& names, const std::vector<int>& instances,
+                          bool last) {
+    Strings(commands).Strings(subtypes).Strings(names);
+    Int32(static_cast<std::int32_t>(instances.size()));
+    for (int i : instances) Int32(i);
+    return Flag(last);
+  }
+  RecordBuilder& Column(std::int32_t axis, const std::string& token, std::int32_t number, bool all) {
+    return Int32(axis).String(token).Int32(number).Flag(all);
+  }
+  const std::string& Bytes() const { return _bytes; }
+
+private:
+  RecordBuilder& Number(const void* p, std::size_t n) {
+    std::string b(static_cast<const char*>(p), n);
+    if (_other) std::reverse(b.begin(), b.end());
+    _bytes += b;
+    return *this;
+  }
+  bool _other;
+  std::string _bytes;
+};
+
+std::uint32_t Reversed(std::uint32_t v) {
+  OMSSelector::DoSwapBytes(&v, 4);
+  return v;
+}
+
+// Builds the record of the request that Sample() makes, in either byte order.
+std::string SampleRecord(bool otherByteOrder) {
+  RecordBuilder b(otherByteOrder);
+  b.Flag(false).UInt32(16 | 32);
+  b.Selector({"FREQUENCIES", "DESC*"}, {"STATISTICS"}, {}, {1, 3}, true);
+  b.Selector({}, {"NOTES"}, {"MEAN AGE"}, {2}, false);
+  b.Int32(2).Int32(2).Column(1, "R1", 1, false).Column(2, "CALL", -100, true).Int32(0);
+  b.Flag(true).Flag(false).String("Row").Flag(false).Flag(true).Int32(3).Flag(true);
+  b.String("img").Double(75.5).String("75.5").Flag(true).String("tag1").Flag(true);
+  return b.Bytes();
+}
+
+OMSObjectSelector Sample() {
+  OMSObjectSelector r;
+  r.ShowNotesTables(false);
+  r.SelectType(16 | 32);
+  OMSSelector in;
+  in.AddCommands("Frequencies");
+  in.AddCommands("Desc*");
+  in.AddSubtypes("Statistics");
+  in.AddInstances(1);
+  in.AddInstances(3);
+  in.AddLastInstance();
+  r.AddIfOption(in);
+  OMSSelector out;
+  out.AddSubtypes("Notes");
+  out.AddNames("Mean Age");
+  out.AddInstances(2);
+  r.AddExceptIfOption(out);
+  OMSColumns columns;
+  columns.AddColumn(OmParsedColumn("R1"));
+  columns.AddColumn(OmParsedColumn("CALL"));
+  r.SetColumn(columns);
+  r.SetDestinationIsViewer(false);
+  r.SetNumberedColumnName("Row", false);
+  r.SetExportImages(false);
+  r.SetImageFormat(3);
+  r.SetImageRootName("img");
+  r.SetChartSize(75.5, "75.5");
+  r.SetOMSTag("tag1");
+  r.SetNoWarning();
+  return r;
+}
+
+std::string Written(const OMSObjectSelector& r) {
+  std::ostringstream out;
+  out << r;
+  return out.str();
+}
+
+void Read(const std::string& bytes, OMSObjectSelector& r) {
+  std::istringstream in(bytes);
+  in >> r;
+}
+
+void ExpectSameSubcommand(const OMSSelector& a, const OMSSelector& b) {
+  EXPECT_EQ(a.GetCommands(), b.GetCommands());
+  EXPECT_EQ(a.GetSubtypes(), b.GetSubtypes());
+  EXPECT_EQ(a.GetNames(), b.GetNames());
+  EXPECT_EQ(a.GetInstances(), b.GetInstances());
+  EXPECT_EQ(a.GetHasLastInstance(), b.GetHasLastInstance());
+}
+
+void ExpectSameStreamedFields(const OMSObjectSelector& a, const OMSObjectSelector& b) {
+  EXPECT_EQ(a.ShowNotesTables(), b.ShowNotesTables());
+  EXPECT_EQ(a.GetSelection(), b.GetSelection());
+  ExpectSameSubcommand(a.GetIfOption(), b.GetIfOption());
+  ExpectSameSubcommand(a.GetExceptIfOption(), b.GetExceptIfOption());
+  EXPECT_TRUE(a.GetColumn() == b.GetColumn());
+  EXPECT_EQ(a.GetViewerSpecified(), b.GetViewerSpecified());
+  EXPECT_EQ(a.GetDestinationIsViewer(), b.GetDestinationIsViewer());
+  EXPECT_EQ(a.GetNumberedColumnName(), b.GetNumberedColumnName());
+  EXPECT_EQ(a.GetExportImages(), b.GetExportImages());
+  EXPECT_EQ(a.ExportImagesSpecified(), b.ExportImagesSpecified());
+  EXPECT_EQ(a.GetImageFormat(), b.GetImageFormat());
+  EXPECT_EQ(a.ImageFormatSpecified(), b.ImageFormatSpecified());
+  EXPECT_EQ(a.GetImageRootName(), b.GetImageRootName());
+  EXPECT_EQ(a.GetChartSize(), b.GetChartSize());
+  EXPECT_EQ(a.GetChartSizeString(), b.GetChartSizeString());
+  EXPECT_EQ(a.ChartSizeSpecified(), b.ChartSizeSpecified());
+  EXPECT_EQ(a.GetOMSTag(), b.GetOMSTag());
+  EXPECT_EQ(a.GetNoWarning(), b.GetNoWarning());
+}
+
+}  // namespace
+
+TEST(OMSRecord, WritesTheFieldsInRecordOrderWithoutPadding) {
+  EXPECT_EQ(Written(Sample()), SampleRecord(false));
+}
+
+TEST(OMSRecord, RoundTripKeepsEveryStreamedField) {
+  const OMSObjectSelector original = Sample();
+  OMSObjectSelector copy;
+  Read(Written(original), copy);
+  ExpectSameStreamedFields(copy, original);
+  ASSERT_EQ(copy.GetColumn().GetSequences().size(), 2u);
+  EXPECT_EQ(copy.GetColumn().GetSequences()[1].GetColumnToken(), "CALL");
+  EXPECT_TRUE(copy.GetColumn().GetSequences()[1].IsAll());
+}
+
+TEST(OMSRecord, ReadingLeavesTheFieldsOutsideTheRecordAlone) {
+  OMSObjectSelector reader;
+  reader.SetTableStyle("Compact");
+  reader.SetPivotingAllowed(false);
+  reader.addURL("Home", "http://example.invalid/");
+  reader.SetChartFormat(OMSObjectSelector::kImageSvg);
+  reader.SetNumberedColumnName("Old", true);
+  reader.SelectType(1);
+  reader.SetInfoSelection();
+  Read(Written(Sample()), reader);
+  EXPECT_EQ(reader.GetTableStyle(), "Compact");
+  EXPECT_FALSE(reader.GetPivitingAllowed());
+  EXPECT_EQ(reader.getURLs().size(), 1u);
+  EXPECT_EQ(reader.GetChartFormat(), OMSObjectSelector::kImageSvg);
+  EXPECT_TRUE(reader.IsNumberedColumnNameDefault());  // the flag is not streamed
+  EXPECT_EQ(reader.GetNumberedColumnName(), "Row");   // the name is
+  EXPECT_EQ(reader.GetInfoSelection(), 1u);
+  // The notes choice is streamed but its "specified" mark is not: the reader's stays unset.
+  EXPECT_FALSE(reader.ShowNotesTables());
+  EXPECT_FALSE(reader.IsObjectSelected(16, "Frequencies", "Notes", "Notes"));
+}
+
+TEST(OMSRecord, SwapFlagReadsCountsOfTheOtherByteOrderButNotObjectLevelNumbers) {
+  OMSObjectSelector reader;
+  reader.SwapBytes(true);
+  Read(SampleRecord(true), reader);
+  const OMSObjectSelector expected = Sample();
+  ExpectSameSubcommand(reader.GetIfOption(), expected.GetIfOption());
+  ExpectSameSubcommand(reader.GetExceptIfOption(), expected.GetExceptIfOption());
+  EXPECT_TRUE(reader.GetColumn() == expected.GetColumn());
+  EXPECT_EQ(reader.GetColumn().GetSequences()[1].GetNumber(), -100);
+  EXPECT_EQ(reader.GetOMSTag(), "tag1");
+  // Selection, image format and chart size are taken as stored.
+  EXPECT_EQ(reader.GetSelection(), Reversed(16 | 32));
+  EXPECT_EQ(static_cast<std::uint32_t>(reader.GetImageFormat()), Reversed(3));
+  EXPECT_NE(reader.GetChartSize(), 75.5);
+}
+
+TEST(OMSRecord, WritingNeverReverses) {
+  OMSObjectSelector r = Sample();
+  r.SwapBytes(true);
+  EXPECT_EQ(Written(r), SampleRecord(false));
+}
+
+TEST(OMSRecord, ForeignCountsReadWithoutTheSwapFlagEndTheRecordEarly) {
+  OMSObjectSelector reader;
+  reader.SetOMSTag("mine");
+  EXPECT_THROW(Read(SampleRecord(true), reader), OMSException);
+  EXPECT_EQ(reader.GetOMSTag(), "mine");  // nothing of the bad record was kept
+  EXPECT_EQ(reader.GetSelection(), 0u);
+}
+
+TEST(OMSRecord, EveryTruncationIsAnExceptionAndLeavesTheRequestUnchanged) {
+  const std::string full = SampleRecord(false);
+  for (std::size_t length = 0; length < full.size(); ++length) {
+    OMSObjectSelector reader;
+    reader.SetOMSTag("mine");
+    std::istringstream in(full.substr(0, length));
+    EXPECT_THROW(in >> reader, OMSException) << "length " << length;
+    EXPECT_TRUE(in.fail());
+    EXPECT_EQ(reader.GetOMSTag(), "mine");
+    EXPECT_EQ(reader.GetIfOption().GetCommandsCount(), 0);
+  }
+}
+
+TEST(OMSRecord, TruncationMessageNamesTheOperatorAndField) {
+  RecordBuilder b;
+  b.Int32(2).String("FREQUENCIES");  // two commands announced, one present
+  OMSSelector s;
+  std::istringstream in(b.Bytes());
+  try {
+    in >> s;
+    FAIL() << "no exception";
+  } catch (const OMSException& e) {
+    EXPECT_EQ(e.Message(), "OMSSelector::operator>> -- record ends early in commands");
+  }
+}
+
+TEST(OMSRecord, NegativeOrHugeCountsAreExceptionsNotAllocations) {
+  OMSSelector s;
+  std::istringstream negative(RecordBuilder().Int32(-1).Bytes());
+  try {
+    negative >> s;
+    FAIL() << "no exception";
+  } catch (const OMSException& e) {
+    EXPECT_EQ(e.Message(), "OMSSelector::operator>> -- count < 0 in commands");
+    EXPECT_EQ(e.Value1(), -1);
+  }
+  std::istringstream huge(RecordBuilder().Strings({}).Strings({}).Strings({}).Int32(0x7FFFFFFF)
+                              .Int32(1).Bytes());
+  EXPECT_THROW(huge >> s, OMSException);
+  OMSColumns c;
+  std::istringstream columns(RecordBuilder().Int32(2).Int32(0x40000000).Bytes());
+  EXPECT_THROW(columns >> c, OMSException);
+}
+
+TEST(OMSRecord, StringsOfUpTo1023BytesReadBack) {
+  OMSObjectSelector r = Sample();
+  r.SetOMSTag(std::string(1023, 'x'));
+  OMSObjectSelector copy;
+  std::istringstream in(Written(r));
+  in >> copy;
+  EXPECT_FALSE(in.fail());
+  EXPECT_EQ(copy.GetOMSTag().size(), 1023u);
+  EXPECT_TRUE(copy.GetNoWarning());
+}
+
+TEST(OMSRecord, LongerStringFailsTheStreamAndLaterFieldsAreNotRead) {
+  OMSObjectSelector r = Sample();
+  r.SetImageRootName(std::string(1024, 'x'));
+  OMSObjectSelector reader;
+  reader.SetImageRootName("before");
+  std::istringstream in(Written(r));
+  EXPECT_NO_THROW(in >> reader);
+  EXPECT_TRUE(in.fail());
+  EXPECT_EQ(reader.GetImageRootName(), "before");
+  EXPECT_EQ(reader.GetImageFormat(), 3);      // read before the long string
+  EXPECT_EQ(reader.GetChartSizeString(), "100");  // after it: left as it was
+  EXPECT_EQ(reader.GetOMSTag(), "");
+  // A failed stream reads nothing more.
+  OMSObjectSelector untouched;
+  EXPECT_NO_THROW(in >> untouched);
+  EXPECT_EQ(untouched.GetSelection(), 0u);
+}
+
+TEST(OMSRecord, LongStringInsideAListEndsTheListAtThatEntry) {
+  std::istringstream in(RecordBuilder().Strings({"A", std::string(2000, 'B'), "C"}).Bytes());
+  OMSSelector s;
+  in >> s;
+  EXPECT_TRUE(in.fail());
+  EXPECT_EQ(s.GetCommands(), (std::vector<std::string>{"A", ""}));
+}
+
+TEST(OMSRecord, StringWithAZeroByteFailsTheWriter) {
+  OMSObjectSelector r;
+  r.SetOMSTag(std::string("a\0b", 3));
+  std::ostringstream out;
+  out << r;
+  EXPECT_TRUE(out.fail());
+}
+
+TEST(OMSRecord, SubcommandRecordRoundTripsAndSwapsCountsAndInstances) {
+  OMSSelector s;
+  s.AddCommands("T-Test");
+  s.AddInstances(2);
+  s.AddInstances(70000);
+  std::ostringstream out;
+  out << s;
+  EXPECT_EQ(out.str(), RecordBuilder().Selector({"T-TEST"}, {}, {}, {2, 70000}, false).Bytes());
+
+  OMSSelector foreign;
+  foreign.SwapBytes(true);
+  std::istringstream in(RecordBuilder(true).Selector({"T-TEST"}, {}, {}, {2, 70000}, true).Bytes());
+  in >> foreign;
+  EXPECT_EQ(foreign.GetInstances(), (std::vector<int>{2, 70000}));
+  EXPECT_TRUE(foreign.GetHasLastInstance());
+  EXPECT_TRUE(foreign.GetSwapBytes());  // the flag is not part of the record
+}
+
+TEST(OMSRecord, ColumnsRecordGivesItsSwapFlagToEveryColumnRead) {
+  OMSColumns columns;
+  columns.SwapBytes(true);
+  std::istringstream in(RecordBuilder(true)
+                            .Int32(2).Int32(2).Column(3, "L2", 2, false).Column(1, "RALL", -100, true)
+                            .Int32(0).Bytes());
+  in >> columns;
+  EXPECT_FALSE(in.fail());
+  ASSERT_EQ(columns.GetSequences().size(), 2u);
+  EXPECT_EQ(columns.GetSequences()[0].GetAxis(), OmParsedColumn::kLAYERS);
+  EXPECT_EQ(columns.GetSequences()[0].GetNumber(), 2);
+  EXPECT_TRUE(columns.HasAxisAll(OmParsedColumn::kROWS));
+
+  OMSColumns names;
+  std::istringstream nameRecord(RecordBuilder().Int32(1).Int32(0).Strings({"Statistics", "Vars"})
+                                    .Bytes());
+  nameRecord >> names;
+  EXPECT_EQ(names.GetDimNames(), (std::vector<std::string>{"Statistics", "Vars"}));
+}
+
+TEST(OMSRecord, ParsedColumnRecordRoundTrips) {
+  const OmParsedColumn column("C10");
+  std::ostringstream out;
+  out << column;
+  EXPECT_EQ(out.str(), RecordBuilder().Column(2, "C10", 10, false).Bytes());
+  OmParsedColumn copy("R1");
+  std::istringstream in(out.str());
+  in >> copy;
+  EXPECT_EQ(copy, column);
+  EXPECT_EQ(copy.GetColumnToken(), "C10");
+}
