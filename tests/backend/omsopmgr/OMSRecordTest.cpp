@@ -355,3 +355,27 @@ TEST(OMSRecord, ParsedColumnRecordRoundTrips) {
   EXPECT_EQ(copy, column);
   EXPECT_EQ(copy.GetColumnToken(), "C10");
 }
+
+TEST(OMSRecord, CorruptedRecordsAreReadOrRejectedButNeverCrash) {
+  // Each byte of a valid record replaced in turn by values that make counts negative, huge or
+  // small, read in both byte orders: the reader either succeeds or throws OMSException.
+  const std::string full = SampleRecord(false);
+  int rejected = 0;
+  for (std::size_t i = 0; i < full.size(); ++i) {
+    for (char value : {'\xFF', '\x7F', '\x01', '\0'}) {
+      std::string bytes = full;
+      bytes[i] = value;
+      for (bool swap : {false, true}) {
+        OMSObjectSelector reader;
+        reader.SwapBytes(swap);
+        std::istringstream in(bytes);
+        try {
+          in >> reader;
+        } catch (const OMSException&) {
+          ++rejected;
+        }
+      }
+    }
+  }
+  EXPECT_GT(rejected, 0);
+}
