@@ -1,0 +1,35 @@
+// Renders an output tree as plain text for the command-line tool and golden tests: an indented
+// outline of headings, each part under its heading, pivot tables laid out as text grids with
+// nested row and column headers, one block per layer combination, and footnotes listed below.
+#pragma once
+
+#include <string>
+
+#include "platform/outputmodel/OmOutputTree.h"
+#include "platform/outputmodel/OmPivotTable.h"
+
+class OmTextRenderer {
+public:
+  struct Options {
+    // Spaces of indentation per outline level.
+    int indent = 2;
+    // Render parts whose keep flag is clear (marked "(excluded)").
+    bool showExcluded = false;
+    // Render every layer combination; false renders only the first and notes how many there are.
+    bool allLayers = true;
+  };
+
+  OmTextRenderer();
+  explicit OmTextRenderer(Options options);
+
+  std::string Render(OmOutputTree& tree) const;
+  // One part at outline level (indentation) level, without its children.
+  std::string RenderPart(const OmOutputPart& part, int level = 0) const;
+  std::string RenderTable(const OmPivotTable& table) const;
+
+  // The marker shown for footnote index: the footnote's own marker text, else "a".."z", "aa"...
+  static std::string FootnoteMarker(const OmPivotTable& table, int index);
+
+private:
+  Options _options;
+};
