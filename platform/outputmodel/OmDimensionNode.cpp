@@ -1,0 +1,186 @@
+#include "platform/outputmodel/OmDimensionNode.h"
+
+#include <memory>
+#include <mutex>
+
+#include <unicode/coll.h>
+#include <unicode/locid.h>
+
+#include "platform/errors/OMSException.h"
+#include "platform/outputmodel/OmNumDataValue.h"
+#include "platform/outputmodel/OmNumber.h"
+
+namespace {
+
+// Below this many children a linear scan beats building a hash index.
+constexpr std::size_t kIndexThreshold = 16;
+
+const icu::Collator* RootCollator() {
+  static std::unique_ptr<icu::Collator> collator;
+  static std::once_flag once;
+  std::call_once(once, [] {
+    UErrorCode status = U_ZERO_ERROR;
+    collator.reset(icu::Collator::createInstance(icu::Locale::getRoot(), status));
+    if (U_FAILURE(status)) collator.reset();
+  });
+  return collator.get();
+}
+
+// A label's numeric value, for labels that are numbers; false otherwise.
+bool NumericValue(const OmCellText& cell, double& value) {
+  if (auto* n = dynamic_cast<const OmNumber*>(&cell)) {
+    value = n->Value();
+    return true;
+  }
+  if (auto* v = dynamic_cast<const OmNumDataValue*>(&cell)) {
+    value = v->Value();
+    return true;
+  }
+  return false;
+}
+
+bool LabelsEqual(const OmCellText* a, const OmCellText* b) {
+  if (!a || !b) return !a && !b;
+  return a->Equals(*b);
+}
+
+}  // namespace
+
+OmDimensionNode::OmDimensionNode(std::unique_ptr<OmCellText> label, bool group, int leafIndex)
+    : _label(std::move(label)), _leaf(group ? -1 : leafIndex), _group(group) {}
+
+OmDimensionNode::OmDimensionNode(const OmDimensionNode& other)
+    : _label(other._label ? other._label->Clone() : nullptr),
+      _leaf(other._leaf),
+      _sortMark(other._sortMark),
+      _group(other._group),
+      _ungroup(other._ungroup) {
+  _children.reserve(other._children.size());
+  for (const auto& c : other._children) {
+    _children.push_back(std::make_unique<OmDimensionNode>(*c));
+    _children.back()->_parent = this;
+  }
+}
+
+OmDimensionNode::~OmDimensionNode() = default;
+
+void OmDimensionNode::setLabel(std::unique_ptr<OmCellText> label) {
+  _label = std::move(label);
+  if (_parent) _parent->_index.reset();
+}
+
+int OmDimensionNode::Depth() const {
+  int depth = 0;
+  for (const OmDimensionNode* p = _parent; p != nullptr; p = p->_parent) ++depth;
+  return depth;
+}
+
+int OmDimensionNode::IndexInParent() const {
+  if (!_parent) return -1;
+  for (std::size_t i = 0; i < _parent->_children.size(); ++i) {
+    if (_parent->_children[i].get() == this) return int(i);
+  }
+  return -1;
+}
+
+OmDimensionNode* OmDimensionNode::Child(std::size_t i) const {
+  if (i >= _children.size()) {
+    throw OMSException("OmDimensionNode::Child -- i < NChildren()", double(i),
+                       double(_children.size()));
+  }
+  return _children[i].get();
+}
+
+OmDimensionNode::Children_t& OmDimensionNode::Children() {
+  _index.reset();
+  return _children;
+}
+
+OmDimensionNode* OmDimensionNode::AddChild(std::unique_ptr<OmDimensionNode> child) {
+  if (!child) throw OMSException("OmDimensionNode::AddChild -- child != null");
+  child->_parent = this;
+  OmDimensionNode* added = child.get();
+  _children.push_back(std::move(child));
+  if (_index) {
+    if (added->_label) {
+      _index->emplace(added->_label->Hash(), int(_children.size() - 1));
+    } else {
+      _index.reset();  // unlabelled children are found by scanning
+    }
+  }
+  return added;
+}
+
+std::unique_ptr<OmDimensionNode> OmDimensionNode::RemoveChild(std::size_t i) {
+  if (i >= _children.size()) {
+    throw OMSException("OmDimensionNode::RemoveChild -- i < NChildren()", double(i),
+                       double(_children.size()));
+  }
+  std::unique_ptr<OmDimensionNode> child = std::move(_children[i]);
+  _children.erase(_children.begin() + std::ptrdiff_t(i));
+  child->_parent = nullptr;
+  _index.reset();
+  return child;
+}
+
+const OmDimensionNode::Index& OmDimensionNode::LookupIndex() const {
+  if (!_index) {
+    auto index = std::make_unique<Index>();
+    index->reserve(_children.size());
+    for (std::size_t i = 0; i < _children.size(); ++i) {
+      if (_children[i]->_label) index->emplace(_children[i]->_label->Hash(), int(i));
+    }
+    _index = std::move(index);
+  }
+  return *_index;
+}
+
+int OmDimensionNode::FindChild(const OmCellText& label, bool group) const {
+  if (_children.size() < kIndexThreshold) {
+    for (std::size_t i = 0; i < _children.size(); ++i) {
+      const auto& c = *_children[i];
+      if (c._group == group && c._label && c._label->Equals(label)) return int(i);
+    }
+    return -1;
+  }
+  int found = -1;
+  auto [first, last] = LookupIndex().equal_range(label.Hash());
+  for (auto it = first; it != last; ++it) {
+    const auto& c = *_children[std::size_t(it->second)];
+    if (c._group == group && c._label && c._label->Equals(label) &&
+        (found < 0 || it->second < found)) {
+      found = it->second;
+    }
+  }
+  return found;
+}
+
+void OmDimensionNode::CollectLeaves(std::vector<int>& leaves) const {
+  if (!_group && _leaf >= 0) leaves.push_back(_leaf);
+  for (const auto& c : _children) c->CollectLeaves(leaves);
+}
+
+bool OmDimensionNode::operator==(const OmDimensionNode& other) const {
+  return _group == other._group && LabelsEqual(_label.get(), other._label.get());
+}
+
+bool OmDimensionNode::operator<(const OmDimensionNode& other) const {
+  const OmCellText* a = _label.get();
+  const OmCellText* b = other._label.get();
+  if (!a || !b) return !a && b;
+  double va = 0, vb = 0;
+  const bool na = NumericValue(*a, va), nb = NumericValue(*b, vb);
+  if (na != nb) return na;
+  if (na) {
+    // NaN sorts last so that the order stays strict and weak.
+    if (va != va || vb != vb) return va == va && vb != vb;
+    return va < vb;
+  }
+  const std::string ta = a->Text(), tb = b->Text();
+  if (const icu::Collator* collator = RootCollator()) {
+    UErrorCode status = U_ZERO_ERROR;
+    UCollationResult r = collator->compareUTF8(ta, tb, status);
+    if (U_SUCCESS(status)) return r == UCOL_LESS;
+  }
+  return ta < tb;
+}

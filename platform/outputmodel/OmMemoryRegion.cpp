@@ -1,0 +1,6 @@
+#include "platform/outputmodel/OmMemoryRegion.h"
+
+OmMemoryRegion* OmMemoryRegion::DefaultHeap() {
+  static OmMemoryRegion heap;
+  return &heap;
+}
