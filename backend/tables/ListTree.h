@@ -66,6 +66,9 @@ public:
     T& operator*() const { return Value(); }
     T* operator->() const { return &Value(); }
 
+    // The node this handle names or, for a position, the node it stands before (End at the end).
+    Node Here() const { return Node::At(_tree, _entry, _entry ? _entry->level : _level); }
+
     // The next node in pre-order (the end of the list after the last node).
     Node Next() const {
       Check("ListTree::Node::Next -- !IsEnd()", !IsEnd());
