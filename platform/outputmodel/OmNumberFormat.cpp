@@ -24,7 +24,14 @@ std::string DropNegativeZero(std::string text) {
   return text;
 }
 
+// Halves round away from zero (0.125 to two decimals is 0.13), as statistical output expects;
+// printf alone would round them to even.
 std::string Fixed(double value, int decimals) {
+  if (decimals <= 15 && std::fabs(value) < 1e15) {
+    const double scale = std::pow(10.0, decimals);
+    const double rounded = std::round(value * scale) / scale;
+    if (std::isfinite(rounded)) value = rounded;
+  }
   return DropNegativeZero(Printf("%.*f", decimals, value));
 }
 

@@ -266,29 +266,54 @@ private:
       numeric.push_back(std::move(right));
     }
 
+    // Body cells set the column widths; a header label may run on over the empty header cells
+    // that follow it, and widens the last of them only when even that is too narrow.
     std::vector<std::size_t> widths(nCols, 0);
-    for (const auto& rows : {std::cref(header), std::cref(body)}) {
-      for (const auto& row : rows.get()) {
-        for (std::size_t c = 0; c < nCols; ++c) widths[c] = std::max(widths[c], Columns(row[c]));
+    for (const auto& row : body) {
+      for (std::size_t c = 0; c < nCols; ++c) widths[c] = std::max(widths[c], Columns(row[c]));
+    }
+    for (const auto& row : header) {
+      for (std::size_t c = 0; c < nCols; ++c) {
+        if (row[c].empty()) continue;
+        std::size_t end = c;
+        while (end + 1 < nCols && row[end + 1].empty()) ++end;
+        std::size_t room = 0;
+        for (std::size_t i = c; i <= end; ++i) room += widths[i] + (i > c ? 2 : 0);
+        const std::size_t need = Columns(row[c]);
+        if (need > room) widths[end] += need - room;
       }
     }
+    std::vector<std::size_t> offsets(nCols, 0);
     std::size_t total = 0;
-    for (std::size_t w : widths) total += w;
-    total += nCols > 0 ? 2 * (nCols - 1) : 0;
+    for (std::size_t c = 0; c < nCols; ++c) {
+      offsets[c] = total + (c > 0 ? 2 : 0);
+      total = offsets[c] + widths[c];
+    }
     const std::string rule(std::max<std::size_t>(total, 1), '-');
 
-    auto line = [&](const std::vector<std::string>& row, const std::vector<bool>* right) {
+    auto headerLine = [&](const std::vector<std::string>& row) {
+      std::string text;
+      std::size_t at = 0;
+      for (std::size_t c = 0; c < nCols; ++c) {
+        if (row[c].empty()) continue;
+        if (at < offsets[c]) text += std::string(offsets[c] - at, ' ');
+        text += row[c];
+        at = std::max(at, offsets[c]) + Columns(row[c]);
+      }
+      out << TrimRight(text) << "\n";
+    };
+    auto bodyLine = [&](const std::vector<std::string>& row, const std::vector<bool>& right) {
       std::string text;
       for (std::size_t c = 0; c < nCols; ++c) {
         if (c > 0) text += "  ";
-        text += Pad(row[c], widths[c], right ? (*right)[c] : c >= headerCols);
+        text += Pad(row[c], widths[c], right[c]);
       }
       out << TrimRight(text) << "\n";
     };
     out << rule << "\n";
-    for (const auto& row : header) line(row, nullptr);
+    for (const auto& row : header) headerLine(row);
     out << rule << "\n";
-    for (std::size_t r = 0; r < body.size(); ++r) line(body[r], &numeric[r]);
+    for (std::size_t r = 0; r < body.size(); ++r) bodyLine(body[r], numeric[r]);
     out << rule << "\n";
   }
 

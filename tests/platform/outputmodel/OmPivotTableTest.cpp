@@ -1,0 +1,238 @@
+#include "platform/outputmodel/OmPivotTable.h"
+
+#include <chrono>
+#include <set>
+
+#include <gtest/gtest.h>
+
+#include "platform/errors/OMSException.h"
+
+#include "platform/outputmodel/OmNumber.h"
+#include "platform/outputmodel/OmStringCell.h"
+#include "platform/outputmodel/OmVariable.h"
+
+namespace {
+
+OmStringCell S(const std::string& t) { return OmStringCell(t); }
+
+double ValueAt(const OmPivotTable& t, const std::vector<int>& c) {
+  auto* n = dynamic_cast<OmNumber*>(t.Cell(c));
+  return n ? n->Value() : -999;
+}
+
+TEST(OmPivotTable, DimensionsAreFoundByTheirLabel) {
+  OmPivotTable t(S("Label"), S("Descriptive Statistics"));
+  EXPECT_EQ(t.FindDimension(S("x")), -1);
+  EXPECT_EQ(t.AddDimension(OmVariable("age", "Age")), 0);
+  EXPECT_EQ(t.AddDimension(S("Statistics")), 1);
+  EXPECT_EQ(t.FindDimension(OmVariable("age", "")), 0);
+  EXPECT_EQ(t.FindDimension(S("Statistics")), 1);
+  EXPECT_EQ(t.FindDimension(S("age")), -1);
+  EXPECT_EQ(t.NDimensions(), 2);
+  EXPECT_THROW(t.Dimension(2), OMSException);
+  EXPECT_THROW(t.Dimension(-1), OMSException);
+}
+
+TEST(OmPivotTable, AxisListsAreTheTablesOwnAndFillWithMinusOne) {
+  OmPivotTable t(S("t"), S("t"));
+  auto cols = t.Columns();
+  EXPECT_EQ(cols.Fill(), -1);
+  cols.Resize(3);
+  cols[2] = 2;
+  t.Rows().Insert(0, 0);
+  EXPECT_EQ(static_cast<const OmPivotTable&>(t).Columns(), (std::vector<short>{-1, -1, 2}));
+  EXPECT_EQ(static_cast<const OmPivotTable&>(t).Rows(), (std::vector<short>{0}));
+  EXPECT_EQ(t.Axis(2).size(), 0u);
+  EXPECT_THROW(t.Axis(3), OMSException);
+}
+
+TEST(OmPivotTable, CellsAreStoredSparselyByLeafIndex) {
+  OmPivotTable t(S("t"), S("t"));
+  t.AddDimension(S("a"));
+  t.AddDimension(S("b"));
+  t.AddDimension(S("c"));
+  t.Cell({0, 0, 0}, OmNumber(1));
+  t.Cell({5, 1000, 3}, OmNumber(2));  // widening a field repacks what is stored
+  t.Cell({5, 0, 70000}, OmNumber(3));
+  EXPECT_EQ(t.NCells(), 3u);
+  EXPECT_EQ(ValueAt(t, {0, 0, 0}), 1);
+  EXPECT_EQ(ValueAt(t, {5, 1000, 3}), 2);
+  EXPECT_EQ(ValueAt(t, {5, 0, 70000}), 3);
+  EXPECT_EQ(t.Cell({5, 1000, 4}), nullptr);
+  EXPECT_EQ(t.Cell({1 << 30, 0, 0}), nullptr);
+  EXPECT_EQ(t.Cell({-1, 0, 0}), nullptr);
+  t.Cell({0, 0, 0}, OmNumber(9));  // replaces
+  EXPECT_EQ(t.NCells(), 3u);
+  EXPECT_EQ(ValueAt(t, {0, 0, 0}), 9);
+}
+
+TEST(OmPivotTable, BadCoordinatesAreRefused) {
+  OmPivotTable t(S("t"), S("t"));
+  t.AddDimension(S("a"));
+  EXPECT_THROW(t.Cell({0, 0}), OMSException);
+  EXPECT_THROW(t.Cell({0, 0}, OmNumber(1)), OMSException);
+  EXPECT_THROW(t.Cell({-1}, OmNumber(1)), OMSException);
+  EXPECT_EQ(t.NCells(), 0u);
+}
+
+TEST(OmPivotTable, TakeAndNullStoreMoveCellsByPointer) {
+  OmPivotTable t(S("t"), S("t"));
+  t.AddDimension(S("a"));
+  t.Cell({1}, std::make_unique<OmNumber>(7));
+  auto taken = t.TakeCell({1});
+  ASSERT_NE(taken, nullptr);
+  EXPECT_EQ(t.Cell({1}), nullptr);
+  EXPECT_EQ(t.TakeCell({1}), nullptr);
+  t.Cell({2}, std::move(taken));
+  EXPECT_EQ(ValueAt(t, {2}), 7);
+  t.Cell({2}, std::unique_ptr<OmCellText>());
+  EXPECT_EQ(t.NCells(), 0u);
+}
+
+TEST(OmPivotTable, ADimensionAddedLaterSeesOldCellsAtZero) {
+  OmPivotTable t(S("t"), S("t"));
+  t.AddDimension(S("a"));
+  t.Cell({3}, OmNumber(1));
+  t.AddDimension(S("split"));
+  EXPECT_EQ(ValueAt(t, {3, 0}), 1);
+  t.Cell({3, 2}, OmNumber(2));
+  EXPECT_EQ(ValueAt(t, {3, 0}), 1);
+  EXPECT_EQ(ValueAt(t, {3, 2}), 2);
+}
+
+TEST(OmPivotTable, IteratorVisitsEveryStoredCellOnce) {
+  OmPivotTable t(S("t"), S("t"));
+  t.AddDimension(S("a"));
+  t.AddDimension(S("b"));
+  EXPECT_EQ(t.FirstCell().Cell(), nullptr);
+  EXPECT_TRUE(t.FirstCell() == t.EndCell());
+  std::set<std::vector<int>> stored;
+  for (int i = 0; i < 200; ++i) {
+    std::vector<int> c{i % 17, i * 3};
+    t.Cell(c, OmNumber(i));
+    stored.insert(c);
+  }
+  std::set<std::vector<int>> seen;
+  for (auto it = t.FirstCell(); !(it == t.EndCell()); ++it) {
+    ASSERT_NE(it.Cell(), nullptr);
+    EXPECT_TRUE(seen.insert(it.Coord()).second);
+    EXPECT_EQ(it.Cell(), t.Cell(it.Coord()));
+  }
+  EXPECT_EQ(seen, stored);
+}
+
+TEST(OmPivotTable, RemovalKeepsTheOtherCellsReachable) {
+  OmPivotTable t(S("t"), S("t"));
+  t.AddDimension(S("a"));
+  for (int i = 0; i < 1000; ++i) t.Cell({i}, OmNumber(i));
+  for (int i = 0; i < 1000; i += 3) t.TakeCell({i});
+  for (int i = 0; i < 1000; ++i) {
+    if (i % 3 == 0) {
+      EXPECT_EQ(t.Cell({i}), nullptr) << i;
+    } else {
+      EXPECT_EQ(ValueAt(t, {i}), i) << i;
+    }
+  }
+}
+
+TEST(OmPivotTable, HoldsAMillionCellsCompactly) {
+  OmPivotTable t(S("t"), S("t"));
+  for (int d = 0; d < 4; ++d) t.AddDimension(OmNumber(d));
+  const auto start = std::chrono::steady_clock::now();
+  std::vector<int> c(4);
+  int n = 0;
+  for (c[0] = 0; c[0] < 10; ++c[0]) {
+    for (c[1] = 0; c[1] < 100; ++c[1]) {
+      for (c[2] = 0; c[2] < 100; ++c[2]) {
+        c[3] = (c[0] + c[1] + c[2]) % 7;
+        t.Cell(c, std::make_unique<OmNumber>(n++));
+      }
+    }
+  }
+  EXPECT_EQ(t.NCells(), 100000u);
+  // Another 900,000 in a fresh region of dimension 3.
+  for (c[0] = 0; c[0] < 10; ++c[0]) {
+    for (c[1] = 0; c[1] < 300; ++c[1]) {
+      for (c[2] = 0; c[2] < 300; ++c[2]) {
+        c[3] = 10;
+        t.Cell(c, std::make_unique<OmNumber>(n++));
+      }
+    }
+  }
+  EXPECT_EQ(t.NCells(), 1000000u);
+  EXPECT_EQ(ValueAt(t, {9, 99, 99, (9 + 99 + 99) % 7}), 99999);
+  EXPECT_EQ(ValueAt(t, {9, 299, 299, 10}), 999999);
+  const auto seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  EXPECT_LT(seconds, 30.0);
+}
+
+TEST(OmPivotTable, OverTheCellLimitTheTableIsScratched) {
+  OmPivotTable t(S("t"), S("t"));
+  t.AddDimension(S("a"));
+  t.MaxCells(2);
+  t.Cell({0}, OmNumber(0));
+  t.Cell({1}, OmNumber(1));
+  EXPECT_FALSE(t.IsScratched());
+  t.Cell({1}, OmNumber(5));  // replacing is not growing
+  EXPECT_FALSE(t.IsScratched());
+  t.Cell({2}, OmNumber(2));
+  EXPECT_TRUE(t.IsScratched());
+  EXPECT_EQ(t.NCells(), 2u);
+  EXPECT_EQ(t.Cell({2}), nullptr);
+  t.Scratch(false);
+  EXPECT_FALSE(t.IsScratched());
+}
+
+TEST(OmPivotTable, EqualFootnotesAreStoredOnce) {
+  OmPivotTable t(S("t"), S("t"));
+  OmStringCell star("*");
+  const int a = t.Footnote(OmFootnote(S("Based on 1000 samples")));
+  const int b = t.Footnote(OmFootnote(S("Lower bound")));
+  const int a2 = t.Footnote(OmFootnote(S("Based on 1000 samples")));
+  const int marked = t.Footnote(OmFootnote(S("Lower bound"), &star));
+  const int forced = t.Footnote(OmFootnote(S("Lower bound")), true);
+  EXPECT_EQ(a, 0);
+  EXPECT_EQ(b, 1);
+  EXPECT_EQ(a2, 0);
+  EXPECT_EQ(marked, 2);  // a marker makes it another footnote
+  EXPECT_EQ(forced, 3);
+  EXPECT_EQ(t.Footnote(OmFootnote(S("Lower bound"), &star)), 2);
+  ASSERT_EQ(t.Footnotes().size(), 4u);
+  EXPECT_EQ(t.Footnotes()[2].Marker()->Text(), "*");
+  t.FootnoteAt(0).AddReference();
+  t.FootnoteAt(0).AddReference();
+  EXPECT_EQ(t.Footnotes()[0].RefCount(), 2);
+  EXPECT_THROW(t.FootnoteAt(4), OMSException);
+}
+
+TEST(OmPivotTable, ManyDistinctFootnotesStayDistinct) {
+  OmPivotTable t(S("t"), S("t"));
+  for (int i = 0; i < 500; ++i) EXPECT_EQ(t.Footnote(OmFootnote(OmNumber(i))), i);
+  for (int i = 0; i < 500; ++i) EXPECT_EQ(t.Footnote(OmFootnote(OmNumber(i))), i);
+}
+
+TEST(OmPivotTable, CopyDimensionsGivesAnIndependentStructureWithoutCells) {
+  OmPivotTable splits(S("Splits"), S("Splits"), true);
+  const int d = splits.AddDimension(OmVariable("sex", ""));
+  splits.Dimension(d).Child(&splits.Dimension(d).Root(), -1, S("m"), false);
+  OmPivotTable t(S("t"), S("t"), true);
+  t.AddDimension(S("old"));
+  t.Cell({0}, OmNumber(1));
+  t.CopyDimensions(splits);
+  EXPECT_EQ(t.NDimensions(), 1);
+  EXPECT_EQ(t.NCells(), 0u);
+  EXPECT_EQ(t.SizeVector(), (std::vector<int>{1}));
+  t.Dimension(0).Child(&t.Dimension(0).Root(), -1, S("f"), false);
+  EXPECT_EQ(splits.Size(0), 1);
+  EXPECT_EQ(t.Size(0), 2);
+  EXPECT_EQ(t.Dimension(0).Table(), &t);
+  EXPECT_TRUE(t.HasSplits());
+}
+
+TEST(OmPivotTable, NotesAndWarningsAreKnownByTemplateName) {
+  EXPECT_TRUE(OmPivotTable(S("x"), S("NOTES")).IsNotes());
+  EXPECT_TRUE(OmPivotTable(S("x"), S("Warnings")).IsWarnings());
+  EXPECT_FALSE(OmPivotTable(S("Notes"), S("Note")).IsNotes());
+}
+
+}  // namespace

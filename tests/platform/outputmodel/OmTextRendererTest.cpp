@@ -1,0 +1,153 @@
+#include "platform/outputmodel/OmTextRenderer.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/outputmodel/OmComposite.h"
+#include "platform/outputmodel/OmHeading.h"
+#include "platform/outputmodel/OmNumber.h"
+#include "platform/outputmodel/OmPageTitle.h"
+#include "platform/outputmodel/OmProcedure.h"
+#include "platform/outputmodel/OmStringCell.h"
+#include "platform/outputmodel/OmTextBlock.h"
+#include "platform/outputmodel/OmVariable.h"
+
+namespace {
+
+OmStringCell S(const std::string& t) { return OmStringCell(t); }
+
+// Descriptive statistics of two variables: rows = variables, columns = N group (Valid, Missing)
+// and Mean. A footnote on the title, one on a cell, a marker on another.
+std::unique_ptr<OmPivotTable> SmallTable() {
+  auto t = std::make_unique<OmPivotTable>(S("Descriptive Statistics"), S("Descriptives"));
+  const int vars = t->AddDimension(S("Variables"));
+  const int stats = t->AddDimension(S("Statistics"));
+  t->Rows().push_back(short(vars));
+  t->Columns().push_back(short(stats));
+  auto& v = t->Dimension(vars);
+  v.Child(&v.Root(), -1, OmVariable("age", "Age", 2), false);
+  v.Child(&v.Root(), -1, OmVariable("inc", "Income", 3), false);
+  auto& s = t->Dimension(stats);
+  auto* n = s.Child(&s.Root(), -1, S("N"), true);
+  s.Child(n, -1, S("Valid"), false);
+  s.Child(n, -1, S("Missing"), false);
+  s.Child(&s.Root(), -1, S("Mean"), false);
+  t->Cell({0, 0}, OmNumber(10, 0x50005));
+  t->Cell({0, 1}, OmNumber(0, 0x50005));
+  t->Cell({0, 2}, OmNumber(34.5, 0x2050008));
+  t->Cell({1, 0}, OmNumber(9, 0x50005));
+  t->Cell({1, 1}, OmNumber(1, 0x50005));
+  t->Cell({1, 2}, OmNumber(OmNumber::kSysMiss, 0x2050008));
+  const int fn = t->Footnote(OmFootnote(S("Listwise N")));
+  t->Label()->Footnote(std::int16_t(fn));
+  const int mean = t->Footnote(OmFootnote(S("Could not be computed.")));
+  t->Cell({1, 2})->Footnote(std::int16_t(mean));
+  t->Cell({0, 2})->addMarker("*");
+  return t;
+}
+
+TEST(OmTextRenderer, SmallTableWithGroupsFootnotesAndMarkers) {
+  auto t = SmallTable();
+  // Spanning labels (the dimension, the group N) run on over the columns they cover; numbers
+  // align right, with their markers and footnote references after them.
+  const std::string expected =
+      "Descriptive Statistics[a]\n"
+      "------------------------------------\n"
+      "              Statistics\n"
+      "              N\n"
+      "Variables     Valid  Missing  Mean\n"
+      "------------------------------------\n"
+      "Age              10        0  34.50*\n"
+      "Income [inc]      9        1    .[b]\n"
+      "------------------------------------\n"
+      "a. Listwise N\n"
+      "b. Could not be computed.\n";
+  EXPECT_EQ(OmTextRenderer().RenderTable(*t), expected);
+}
+
+TEST(OmTextRenderer, HiddenDimensionLabelsAndCornerText) {
+  auto t = SmallTable();
+  t->Dimension(1).setDisplayFlags(true, false);
+  t->CornerText(S("Corner"));
+  const std::string out = OmTextRenderer().RenderTable(*t);
+  EXPECT_EQ(out.find("Statistics\n"), std::string::npos);
+  EXPECT_NE(out.find("Corner"), std::string::npos);
+  EXPECT_EQ(out.find("Variables"), std::string::npos);  // the corner text takes its place
+}
+
+TEST(OmTextRenderer, EveryLayerGetsItsOwnBlock) {
+  OmPivotTable t(S("Layered"), S("L"));
+  t.AddDimension(S("Row"));
+  t.AddDimension(OmVariable("sex", "Sex", 2));
+  t.Rows().push_back(0);
+  t.Layers().push_back(1);
+  t.Dimension(0).Child(&t.Dimension(0).Root(), -1, S("r"), false);
+  t.Dimension(1).Child(&t.Dimension(1).Root(), -1, S("Male"), false);
+  t.Dimension(1).Child(&t.Dimension(1).Root(), -1, S("Female"), false);
+  t.Cell({0, 0}, OmNumber(1, 0x50005));
+  t.Cell({0, 1}, OmNumber(2, 0x50005));
+  const std::string all = OmTextRenderer().RenderTable(t);
+  EXPECT_NE(all.find("Sex: Male\n"), std::string::npos);
+  EXPECT_NE(all.find("Sex: Female\n"), std::string::npos);
+  EXPECT_LT(all.find("Sex: Male"), all.find("Sex: Female"));
+  OmTextRenderer::Options first;
+  first.allLayers = false;
+  const std::string one = OmTextRenderer(first).RenderTable(t);
+  EXPECT_EQ(one.find("Sex: Female"), std::string::npos);
+  EXPECT_NE(one.find("(2 layers; only the first is shown)"), std::string::npos);
+}
+
+TEST(OmTextRenderer, CompositeCellsAreSubstitutedAndOwnMarkersWin) {
+  OmPivotTable t(S("t"), S("t"));
+  t.AddDimension(S("d"));
+  t.Rows().push_back(0);
+  OmComposite c("^1% Confidence Interval", true);
+  c.Add(OmNumber(95, 0x50005));
+  t.Dimension(0).Child(&t.Dimension(0).Root(), -1, c, false);
+  OmStringCell dagger("+");
+  t.Cell({0}, OmNumber(1.5, 0x1050008));
+  t.Cell({0})->Footnote(std::int16_t(t.Footnote(OmFootnote(S("note"), &dagger))));
+  const std::string out = OmTextRenderer().RenderTable(t);
+  EXPECT_NE(out.find("95% Confidence Interval  1.5[+]"), std::string::npos) << out;
+  EXPECT_NE(out.find("+. note"), std::string::npos) << out;
+}
+
+TEST(OmTextRenderer, FootnoteMarkersRunThroughTheAlphabet) {
+  OmPivotTable t(S("t"), S("t"));
+  EXPECT_EQ(OmTextRenderer::FootnoteMarker(t, 0), "a");
+  EXPECT_EQ(OmTextRenderer::FootnoteMarker(t, 25), "z");
+  EXPECT_EQ(OmTextRenderer::FootnoteMarker(t, 26), "aa");
+  EXPECT_EQ(OmTextRenderer::FootnoteMarker(t, 27), "ab");
+}
+
+TEST(OmTextRenderer, OutlineIndentsByLevelAndSkipsExcludedParts) {
+  OmOutputTree tree;
+  tree.AppendUnderRoot(std::make_unique<OmPageTitle>("UTF-8"));
+  static_cast<OmPageTitle*>(tree.Last().Value())->AddLine("Study");
+  auto proc = tree.AppendUnderRoot(std::make_unique<OmProcedure>(S("Descriptives"), "en", "UTF-8", "en"));
+  auto heading = tree.Append(proc, std::make_unique<OmHeading>(S("Part one")));
+  auto block = std::make_unique<OmTextBlock>(S("Text Output"), "UTF-8");
+  block->AddLine("hello");
+  block->AddLine("");
+  block->AddLine("world");
+  tree.Append(heading, std::move(block));
+  auto hidden = std::make_unique<OmHeading>(S("Hidden"));
+  hidden->_keep = 0;
+  auto h = tree.Append(proc, std::move(hidden));
+  tree.Append(h, std::make_unique<OmHeading>(S("Below hidden")));
+  const std::string expected =
+      "Page Title: Study\n"
+      "Descriptives\n"
+      "  Part one\n"
+      "    Text Output\n"
+      "      hello\n"
+      "\n"
+      "      world\n"
+      "\n";
+  EXPECT_EQ(OmTextRenderer().Render(tree), expected);
+  OmTextRenderer::Options all;
+  all.showExcluded = true;
+  const std::string withExcluded = OmTextRenderer(all).Render(tree);
+  EXPECT_NE(withExcluded.find("  Hidden (excluded)\n    Below hidden\n"), std::string::npos) << withExcluded;
+}
+
+}  // namespace
