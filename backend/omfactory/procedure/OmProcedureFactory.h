@@ -19,6 +19,7 @@ class OmFootnote;
 class OmOutputTreeTranslator;
 class OmPivotFactory;
 class OmPivotTable;
+class OmProcedurePoolers;
 
 class OmProcedureFactory {
 public:
@@ -91,6 +92,9 @@ public:
   // the four flags are the MIOUTPUT options handed to the imputation pooler.
   void EndProcedure(std::uint32_t specsLength, const char* specs, bool pooled, bool observed,
                     bool imputed, bool diagnostics);
+  // The makers of the poolers that EndProcedure runs (borrowed; OmProcedurePoolers::Standard()
+  // unless set).
+  void setPoolers(const OmProcedurePoolers& poolers);
 
   // Moves the builder of every split table to one category of one split variable; with sort
   // set, the table's split dimension is marked for ascending sorting.
