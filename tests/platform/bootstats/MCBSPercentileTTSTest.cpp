@@ -1,0 +1,112 @@
+#include "platform/bootstats/MCBSPercentileTTS.h"
+
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "platform/bootstats/MCBSCommon.h"
+#include "platform/errors/OMSException.h"
+
+namespace {
+constexpr double kMissing = MCBSCommon::SystemMissing;
+
+// Replicates estimate + d for each offset d, every one with standard error 1: t* = d.
+MCBSPercentileTTS WithOffsets(double estimate, double stdError, double testValue,
+                              const std::vector<double>& offsets) {
+  MCBSPercentileTTS test(estimate, stdError, testValue);
+  for (double offset : offsets) test.AddBootstrapStats(estimate + offset, 1.0);
+  return test;
+}
+}  // namespace
+
+TEST(MCBSPercentileTTS, SymmetricReplicatesGiveTheShareOfLargerAbsoluteT) {
+  // Observed t = (0 - (-2)) / 1 = 2; t* = -3, -2, -1, 1, 2, 3.
+  const MCBSPercentileTTS test = WithOffsets(0.0, 1.0, -2.0, {-3, -2, -1, 1, 2, 3});
+  EXPECT_DOUBLE_EQ(test.GetProbability(MCBSPercentileTTS::TwoTailed), 4.0 / 6.0);
+  EXPECT_DOUBLE_EQ(test.GetProbability(MCBSPercentileTTS::GreaterThan), 2.0 / 6.0);
+  EXPECT_DOUBLE_EQ(test.GetProbability(MCBSPercentileTTS::LessThan), 5.0 / 6.0);
+  // The calculator asks by number: 2 is two-tailed.
+  EXPECT_DOUBLE_EQ(test.GetProbability(static_cast<MCBSPercentileTTS::AltHypType>(2)), 4.0 / 6.0);
+  // A negative observed t of the same size gives the same two-tailed share.
+  const MCBSPercentileTTS mirrored = WithOffsets(0.0, 1.0, 2.0, {-3, -2, -1, 1, 2, 3});
+  EXPECT_DOUBLE_EQ(mirrored.GetProbability(MCBSPercentileTTS::TwoTailed), 4.0 / 6.0);
+  EXPECT_DOUBLE_EQ(mirrored.GetProbability(MCBSPercentileTTS::LessThan), 2.0 / 6.0);
+}
+
+TEST(MCBSPercentileTTS, EstimateAtTheTestValueGivesProbabilityOne) {
+  const MCBSPercentileTTS test = WithOffsets(1.5, 0.3, 1.5, {-0.4, 0.1, 0.2, 0.7});
+  EXPECT_EQ(test.GetProbability(MCBSPercentileTTS::TwoTailed), 1.0);
+}
+
+TEST(MCBSPercentileTTS, ObservedTBeyondEveryReplicateGivesZero) {
+  const MCBSPercentileTTS test = WithOffsets(10.0, 1.0, 0.0, {-3, -2, -1, 1, 2, 3});
+  EXPECT_EQ(test.GetProbability(MCBSPercentileTTS::TwoTailed), 0.0);
+}
+
+TEST(MCBSPercentileTTS, EachReplicateIsStudentisedByItsOwnStandardError) {
+  // Estimate 5, standard error 2, test value 1: observed t = 2. Replicates 6 / 0.5, 4 / 2,
+  // 9 / 1 and 3 / 0.25 give t* = 2, -0.5, 4, -8: three of four reach |t| >= 2. Dividing by the
+  // estimate's standard error instead would give 0.5, -0.5, 2, -1: one of four.
+  MCBSPercentileTTS test(5.0, 2.0, 1.0);
+  test.AddBootstrapStats(6.0, 0.5);
+  test.AddBootstrapStats(4.0, 2.0);
+  test.AddBootstrapStats(9.0, 1.0);
+  test.AddBootstrapStats(3.0, 0.25);
+  EXPECT_DOUBLE_EQ(test.GetProbability(MCBSPercentileTTS::TwoTailed), 0.75);
+  EXPECT_DOUBLE_EQ(test.GetProbability(MCBSPercentileTTS::GreaterThan), 0.5);
+}
+
+TEST(MCBSPercentileTTS, PairsWithoutAUsableTAreLeftOut) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const double inf = std::numeric_limits<double>::infinity();
+  MCBSPercentileTTS test(0.0, 1.0, -2.0);
+  test.AddBootstrapStats(3.0, 1.0);
+  test.AddBootstrapStats(1.0, 1.0);
+  test.AddBootstrapStats(5.0, 0.0);
+  test.AddBootstrapStats(5.0, -1.0);
+  test.AddBootstrapStats(5.0, kMissing);
+  test.AddBootstrapStats(kMissing, 1.0);
+  test.AddBootstrapStats(nan, 1.0);
+  test.AddBootstrapStats(5.0, nan);
+  test.AddBootstrapStats(inf, 1.0);
+  test.AddBootstrapStats(5.0, 1e-320);  // t* overflows
+  EXPECT_EQ(test.GetCount(), 2u);
+  EXPECT_DOUBLE_EQ(test.GetProbability(MCBSPercentileTTS::TwoTailed), 0.5);
+}
+
+TEST(MCBSPercentileTTS, UnusableEstimateOrNoReplicatesGiveSystemMissing) {
+  const std::vector<double> offsets{-1, 1};
+  for (double stdError : {0.0, -1.0, kMissing, std::numeric_limits<double>::quiet_NaN()}) {
+    EXPECT_EQ(WithOffsets(1.0, stdError, 0.0, offsets).GetProbability(MCBSPercentileTTS::TwoTailed),
+              kMissing)
+        << stdError;
+  }
+  EXPECT_EQ(WithOffsets(1.0, 1.0, kMissing, offsets).GetProbability(MCBSPercentileTTS::TwoTailed),
+            kMissing);
+  MCBSPercentileTTS missingEstimate(kMissing, 1.0, 0.0);
+  missingEstimate.AddBootstrapStats(1.0, 1.0);
+  EXPECT_EQ(missingEstimate.GetProbability(MCBSPercentileTTS::TwoTailed), kMissing);
+  const MCBSPercentileTTS empty(1.0, 1.0, 0.0);
+  EXPECT_EQ(empty.GetProbability(MCBSPercentileTTS::TwoTailed), kMissing);
+}
+
+TEST(MCBSPercentileTTS, UnknownAlternativeIsRejected) {
+  const MCBSPercentileTTS test = WithOffsets(0.0, 1.0, 0.0, {1.0});
+  try {
+    test.GetProbability(static_cast<MCBSPercentileTTS::AltHypType>(3));
+    FAIL() << "no exception";
+  } catch (const OMSException& e) {
+    EXPECT_EQ(e.Message(), "MCBSPercentileTTS::GetProbability -- alternative invalid");
+    EXPECT_EQ(e.Value1(), 3.0);
+  }
+}
+
+TEST(MCBSPercentileTTS, CopyKeepsItsOwnState) {
+  MCBSPercentileTTS original = WithOffsets(0.0, 1.0, -2.0, {-3, -2, -1, 1, 2, 3});
+  const MCBSPercentileTTS copy = original;
+  original.AddBootstrapStats(0.0, 1.0);
+  EXPECT_EQ(copy.GetCount(), 6u);
+  EXPECT_DOUBLE_EQ(copy.GetProbability(MCBSPercentileTTS::TwoTailed), 4.0 / 6.0);
+}
