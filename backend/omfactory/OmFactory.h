@@ -97,7 +97,8 @@ public:
   void SetStringTablePath(const ExtNameStr& path);
   void SetStringTablePath(const std::string& path);
 
-  // Adds a listener; it is borrowed and must outlive the session (no duplicate check, no removal).
+  // Adds a listener; it is borrowed and must outlive the session (no duplicate check, no removal;
+  // null is ignored).
   void Register(Observer* observer);
 
   // Inspection, for hosts and tests.
