@@ -22,6 +22,9 @@ public:
   ~CellStore() { Clear(); }
 
   std::size_t Count() const { return _count; }
+  std::size_t Bytes() const {
+    return _keys.capacity() * sizeof(std::uint64_t) + _values.capacity() * sizeof(OmCellText*);
+  }
   std::size_t Capacity() const { return _values.size(); }
   OmCellText* ValueAt(std::size_t slot) const { return _values[slot]; }
 
@@ -460,6 +463,7 @@ std::unique_ptr<OmCellText> OmPivotTable::TakeCell(const Coordinates& coords) {
 }
 
 std::size_t OmPivotTable::NCells() const { return _my->cells.Count(); }
+std::size_t OmPivotTable::CellIndexBytes() const { return _my->cells.Bytes(); }
 OmPivotTable::Iterator OmPivotTable::FirstCell() const { return Iterator(this, _my->cells.NextSlot(0)); }
 OmPivotTable::Iterator OmPivotTable::EndCell() const { return Iterator(this, _my->cells.Capacity()); }
 void OmPivotTable::MaxCells(std::uint64_t maxCells) { _my->maxCells = maxCells; }

@@ -102,6 +102,8 @@ public:
   // Removes the cell there and hands it over (null if none).
   std::unique_ptr<OmCellText> TakeCell(const Coordinates& coords);
   std::size_t NCells() const;
+  // Bytes the cell index occupies (keys and pointers, not the cells themselves).
+  std::size_t CellIndexBytes() const;
   Iterator FirstCell() const;
   Iterator EndCell() const;
   // At most maxCells cells are stored (0: no limit). Storing a new cell beyond the limit drops it

@@ -81,13 +81,21 @@ std::size_t MaxDepth(const std::vector<Leaf>& leaves) {
   return depth;
 }
 
-// The labels of a leaf spread over `depth` header slots: groups first, the category last.
-std::vector<const OmDimensionNode*> Slots(const Leaf& leaf, std::size_t depth) {
+// The labels of a leaf spread over `depth` header slots, each at its own level. In column
+// headers (categoryLast) a category sits in the last slot, level with the other categories.
+std::vector<const OmDimensionNode*> Slots(const Leaf& leaf, std::size_t depth, bool categoryLast) {
   std::vector<const OmDimensionNode*> slots(depth, nullptr);
   if (leaf.path.empty()) return slots;
   for (std::size_t i = 0; i + 1 < leaf.path.size(); ++i) slots[i] = leaf.path[i];
-  slots[depth - 1] = leaf.path.back();
+  slots[categoryLast ? depth - 1 : leaf.path.size() - 1] = leaf.path.back();
   return slots;
+}
+
+// A group label repeats what the previous combination showed in the same slot; it is shown once.
+bool IsRepeatedGroup(const OmDimensionNode* node, const Leaf& leaf, const Leaf* previous,
+                     std::size_t depth, std::size_t level, bool categoryLast) {
+  return previous != nullptr && node != leaf.path.back() &&
+         Slots(*previous, depth, categoryLast)[level] == node;
 }
 
 class TableWriter {
@@ -215,9 +223,10 @@ private:
       for (std::size_t level = 0; level < depth; ++level) {
         std::vector<std::string> row(nCols);
         for (std::size_t c = 0; c < colCombos.size(); ++c) {
-          const OmDimensionNode* node = Slots(*colCombos[c][k], depth)[level];
-          const bool repeat = c > 0 && SamePrefix(colCombos[c], colCombos[c - 1], k) &&
-                              Slots(*colCombos[c - 1][k], depth)[level] == node && level + 1 < depth;
+          const OmDimensionNode* node = Slots(*colCombos[c][k], depth, true)[level];
+          const Leaf* previous =
+              (c > 0 && SamePrefix(colCombos[c], colCombos[c - 1], k)) ? colCombos[c - 1][k] : nullptr;
+          const bool repeat = node && IsRepeatedGroup(node, *colCombos[c][k], previous, depth, level, true);
           if (node && !repeat) row[headerCols + c] = Decorated(node->Label());
         }
         header.push_back(std::move(row));
@@ -249,9 +258,10 @@ private:
         coords[std::size_t(_rowDims[k])] = rowCombos[r][k]->coord;
         const std::size_t depth = rowDepth[k];
         for (std::size_t level = 0; level < depth; ++level) {
-          const OmDimensionNode* node = Slots(*rowCombos[r][k], depth)[level];
-          const bool repeat = r > 0 && SamePrefix(rowCombos[r], rowCombos[r - 1], k) &&
-                              Slots(*rowCombos[r - 1][k], depth)[level] == node && level + 1 < depth;
+          const OmDimensionNode* node = Slots(*rowCombos[r][k], depth, false)[level];
+          const Leaf* previous =
+              (r > 0 && SamePrefix(rowCombos[r], rowCombos[r - 1], k)) ? rowCombos[r - 1][k] : nullptr;
+          const bool repeat = node && IsRepeatedGroup(node, *rowCombos[r][k], previous, depth, level, false);
           if (node && !repeat) row[col + level] = Decorated(node->Label());
         }
         col += depth;

@@ -1,6 +1,15 @@
 // Renders an output tree as plain text for the command-line tool and golden tests: an indented
 // outline of headings, each part under its heading, pivot tables laid out as text grids with
 // nested row and column headers, one block per layer combination, and footnotes listed below.
+//
+// A table reads: its title (the label when there is no title), then per layer combination one
+// line "dimension: category" per layer dimension and the grid between rules of dashes; then the
+// caption and the footnotes referred to, "a. text". Column headers give each column dimension's
+// label and one line per level of its groups; row headers give one column per level of each row
+// dimension, a repeated group label shown once. Markers follow a text directly ("0.01*"),
+// footnote references follow in brackets ("34.5[a,b]"), lettered by footnote index unless the
+// footnote has a marker of its own. Hidden labels and display flags are honoured; numbers align
+// right. Dimensions placed on no axis are shown with the rows.
 #pragma once
 
 #include <string>

@@ -164,6 +164,8 @@ TEST(OmPivotTable, HoldsAMillionCellsCompactly) {
   EXPECT_EQ(ValueAt(t, {9, 299, 299, 10}), 999999);
   const auto seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   EXPECT_LT(seconds, 30.0);
+  // The index costs well under 100 bytes a cell.
+  EXPECT_LT(t.CellIndexBytes() / t.NCells(), 50u);
 }
 
 TEST(OmPivotTable, OverTheCellLimitTheTableIsScratched) {

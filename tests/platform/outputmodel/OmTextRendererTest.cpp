@@ -64,6 +64,34 @@ TEST(OmTextRenderer, SmallTableWithGroupsFootnotesAndMarkers) {
   EXPECT_EQ(OmTextRenderer().RenderTable(*t), expected);
 }
 
+TEST(OmTextRenderer, NestedRowGroupsShowEachGroupLabelOnce) {
+  OmPivotTable t(S("Frequencies"), S("F"));
+  t.AddDimension(S("Answers"));
+  t.AddDimension(S("Statistics"));
+  t.Rows().push_back(0);
+  t.Columns().push_back(1);
+  auto& a = t.Dimension(0);
+  auto* valid = a.Child(&a.Root(), -1, S("Valid"), true);
+  a.Child(valid, -1, S("Yes"), false);
+  a.Child(valid, -1, S("No"), false);
+  a.Child(&a.Root(), -1, S("Missing"), false);
+  t.Dimension(1).setDisplayFlags(true, false);
+  t.Dimension(1).Child(&t.Dimension(1).Root(), -1, S("Count"), false);
+  t.Cell({0, 0}, OmNumber(7, 0x50005));
+  t.Cell({1, 0}, OmNumber(3, 0x50005));
+  t.Cell({2, 0}, OmNumber(1, 0x50005));
+  const std::string expected =
+      "Frequencies\n"
+      "-------------------\n"
+      "Answers       Count\n"
+      "-------------------\n"
+      "Valid    Yes      7\n"
+      "         No       3\n"
+      "Missing           1\n"
+      "-------------------\n";
+  EXPECT_EQ(OmTextRenderer().RenderTable(t), expected);
+}
+
 TEST(OmTextRenderer, HiddenDimensionLabelsAndCornerText) {
   auto t = SmallTable();
   t->Dimension(1).setDisplayFlags(true, false);
