@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "backend/omfactory/OmCellSlots.h"
-#include "backend/omfactory/OmMessageCodes.h"
 #include "platform/errors/OMSException.h"
 
 OmPayload::OmPayload(short code, unsigned length, const void* payload, bool swap)
@@ -104,7 +103,8 @@ std::string_view OmPayload::Text(std::uint64_t offset, std::int64_t length,
 }
 
 void OmPayload::Fail(const std::string& condition, double value1, double value2) const {
-  throw OMSException(std::string("OmFactory::Data::ProcessMessage() -- ") + OmMessageName(_code) +
-                         " " + condition,
+  const char* name = MessageCodeNameOf(_code);
+  throw OMSException(std::string("OmFactory::Data::ProcessMessage() -- ") +
+                         (name != nullptr ? name : "IPC_UNKNOWN") + " " + condition,
                      value1, value2);
 }

@@ -8,12 +8,14 @@
 #include <string>
 #include <string_view>
 
+#include "platform/stream/MessageCodes.h"
+
 class OmPayload {
 public:
   // payload must be writable when swap is set or a field is rewritten; it is borrowed.
   OmPayload(short code, unsigned length, const void* payload, bool swap);
 
-  short Code() const { return _code; }
+  MessageCode Code() const { return MessageCode(_code); }
   unsigned Length() const { return _length; }
   const char* Bytes() const { return reinterpret_cast<const char*>(_bytes); }
 

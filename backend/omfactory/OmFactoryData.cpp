@@ -1,0 +1,377 @@
+#include "backend/omfactory/OmFactoryData.h"
+
+#include <cmath>
+#include <new>
+#include <typeinfo>
+
+#include "backend/omfactory/OmLanguageTable.h"
+#include "backend/omfactory/OmPayload.h"
+#include "backend/omfactory/OmPivotFactory.h"
+#include "backend/omfactory/procedure/OmProcedureFactory.h"
+#include "platform/errors/OMSException.h"
+#include "platform/messages/MessageHandler.h"
+#include "platform/outputmodel/Amputate.h"
+#include "platform/outputmodel/OmFootnote.h"
+#include "platform/outputmodel/OmNumber.h"
+#include "platform/outputmodel/OmOutputTree.h"
+#include "platform/outputmodel/OmPageTitle.h"
+#include "platform/outputmodel/OmPivotTable.h"
+#include "platform/outputmodel/OmProcedure.h"
+#include "platform/outputmodel/OmTextBlock.h"
+#include "platform/settings/BackendSettings.h"
+#include "platform/strings/NuvaroMB.h"
+#include "platform/strings/icuTracker.h"
+#include "platform/stringtables/PathFactory.h"
+
+namespace {
+
+ExtNameStr GenericPath(const std::string& path) {
+  ExtNameStr name;
+  name.SetGeneric(path);
+  return name;
+}
+
+OmOutputTree* CheckedTree(OmOutputTree* tree) {
+  if (tree == nullptr) throw OMSException("OmFactory::OmFactory() -- outputTree == nullptr");
+  return tree;
+}
+
+// "Values" and "Names" 1, "Labels" 2, "Both" 3, anything else 0 (unset).
+unsigned DisplayMode(std::string_view value) {
+  if (value == "Values" || value == "Names") return 1;
+  if (value == "Labels") return 2;
+  if (value == "Both") return 3;
+  return 0;
+}
+
+// Toward zero, NaN as 0, clamped to int: the number comes from a stream.
+int TruncatedInt(double value) {
+  if (std::isnan(value)) return 0;
+  if (value >= 2147483647.0) return 2147483647;
+  if (value <= -2147483648.0) return -2147483647 - 1;
+  return int(value);
+}
+
+}  // namespace
+
+OmFactory::Data::Data(OmOutputTree* outputTree, const ExtNameStr& stringTablePath,
+                      const std::string& codePage, const std::vector<OMSObjectSelector>& requests)
+    : _outputTree(CheckedTree(outputTree)),
+      _codePage(codePage),
+      _stringTablePath(stringTablePath),
+      _dictionary(stringTablePath),
+      _translator(&_dictionary),
+      _selector(requests, &_translator.GetCellTextTranslator()) {}
+
+OmFactory::Data::Data(OmOutputTree* outputTree, const std::string& stringTablePath,
+                      const std::string& codePage, const std::vector<OMSObjectSelector>& requests)
+    : _outputTree(CheckedTree(outputTree)),
+      _codePage(codePage),
+      _stringTablePath(GenericPath(stringTablePath)),
+      _dictionary(stringTablePath),
+      _translator(&_dictionary),
+      _selector(requests, &_translator.GetCellTextTranslator()) {}
+
+OmFactory::Data::~Data() = default;
+
+// Recovery.
+
+void OmFactory::Data::Message(short code, unsigned length, const void* payload) {
+  try {
+    ProcessMessage(code, length, payload);
+  } catch (const std::bad_alloc&) {
+    if (!_pProc) throw;
+    SalvageOrDrop();
+    _pProc.reset();
+    throw;
+  } catch (const OMSException&) {
+    if (!_pProc) return;
+    SalvageOrDrop();
+  }
+}
+
+void OmFactory::Data::SalvageOrDrop() {
+  try {
+    Salvage();
+  } catch (...) {
+    // Whatever was collected is lost; a procedure left open would refuse every later one.
+    _messageHandler.reset();
+    EndProcedureState();
+    throw;
+  }
+}
+
+void OmFactory::Data::Salvage() {
+  _cells.Clear();
+  _pivots.fill(nullptr);
+  _selector.SetCommand("");
+  _logBlock = nullptr;
+  OmOutputTree& procTree = _pProc->Tree();
+  if (procTree.Size() >= 2) {
+    const OmStringCell title("Output Missing", true);
+    OmOutputTree::Node node = Amputate(procTree.Root().FirstChild(), title, _codePage);
+    if (auto* block = dynamic_cast<OmTextBlock*>(node.Value())) {
+      block->AddLine(_dictionary.LookUp("Out of memory collecting output."));
+    }
+  }
+  AppendProc(0, nullptr);
+}
+
+void OmFactory::Data::EndProcedureState() {
+  _pProc.reset();
+  _pivots.fill(nullptr);
+  _cells.Clear();
+  _selector.SetCommand("");
+  _logBlock = nullptr;
+}
+
+// Procedures.
+
+void OmFactory::Data::BeginProcedure(std::int64_t id, std::string_view settingsText) {
+  if (_pProc) throw OMSException("OmFactory::BeginProcedure() -- _pProc exists");
+  BackendSettings settings;
+  settings.setSettings(std::string(settingsText));
+  const std::string procName = settings.getProcedureName();
+  const std::string translatedName = settings.getTranslatedName();
+  const std::string language = settings.getOutputLanguage();
+  const std::string codePage = settings.getCodePage();
+  const std::string locale = settings.getLocale();
+  const bool unicode = settings.getUnicode();
+
+  if (codePage != _codePage) {
+    _logBlock = nullptr;
+    _codePage = codePage;
+  }
+  if (unicode != _unicode || locale != _locale) {
+    icuTracker* tracker = nullptr;
+    for (const auto& made : _trackers) {
+      if (made->IsUnicode() == unicode && made->LocaleName() == locale) tracker = made.get();
+    }
+    if (tracker == nullptr) {
+      _trackers.push_back(std::make_unique<icuTracker>(unicode, locale));
+      tracker = _trackers.back().get();
+    }
+    _tracker = tracker;
+    _locale = locale;
+    _unicode = unicode;
+  }
+  _dictionary.SetProcedureEx(procName);
+
+  _pProc = std::make_unique<OmProcedureFactory>(procName, translatedName, language, codePage,
+                                                locale, _selector, _translator,
+                                                int(_tableVarMode), int(_tableValueMode));
+  _pProc->setId(id);
+  _pProc->SetBootstrapped(settings.getBootstrapped());
+  _pProc->setSettings(settings);
+}
+
+void OmFactory::Data::AppendProc(unsigned length, const void* payload) {
+  std::string specs;
+  if (payload != nullptr) {
+    if (!_messageHandler) _messageHandler = std::make_unique<MessageHandler>();
+    if (!_messageHandler->receiveMessage(static_cast<const char*>(payload), length)) return;
+    unsigned kind = 0;
+    bool flag = false;
+    unsigned extra = 0;
+    if (!_messageHandler->getNextPart(kind, flag, extra, specs)) {
+      _messageHandler.reset();
+      return;
+    }
+  }
+
+  if (_pProc) {
+    _pProc->EndProcedure(std::uint32_t(specs.size()), specs.data(), _pooled, _observed, _imputed,
+                         _diagnostics);
+    OmOutputTree& procTree = _pProc->Tree();
+    if (procTree.Size() >= 2) {
+      OmOutputPart* first = procTree.Root().FirstChild().Value();
+      if (first == nullptr) throw std::bad_cast();
+      auto& procedure = dynamic_cast<OmProcedure&>(*first);
+      procedure.setOutlineVarDisplay(_outlineVarMode);
+      procedure.setOutlineValueDisplay(_outlineValueMode);
+      procedure.setTableVarDisplay(_tableVarMode);
+      procedure.setTableValueDisplay(_tableValueMode);
+
+      bool wanted = false;
+      for (Observer* observer : _observers) {
+        observer->ProcedureOutput(procTree);
+        if (observer->WantsOutput()) wanted = true;
+      }
+      if (wanted) {
+        const std::size_t procBefore = procTree.Size();
+        const std::size_t outputBefore = _outputTree->Size();
+        OmOutputTree::Node target =
+            _outputTree->Empty() ? _outputTree->End(1) : _outputTree->Root().ChildEnd();
+        _outputTree->Move(target, procTree.Root().FirstChild(), procTree.End());
+        const std::size_t outputAfter = _outputTree->Size();
+        if (procBefore + outputBefore != outputAfter + 1) {
+          throw OMSException(
+              "OmFactory::AppendProc() -- "
+              "outputTreeSizeBefore+procTreeSizeBefore != outputTreeSizeAfter+1",
+              double(procBefore + outputBefore), double(outputAfter + 1));
+        }
+        if (procTree.Size() != 1) {
+          throw OMSException("OmFactory::AppendProc() -- procTree.Size() != 1",
+                             double(procTree.Size()));
+        }
+        for (Observer* observer : _observers) observer->OutputAppended(*_outputTree);
+      }
+    }
+  }
+  EndProcedureState();
+  _messageHandler.reset();
+}
+
+// Log and page titles.
+
+void OmFactory::Data::LogLine(std::string_view line) {
+  if (NuvaroMBstrnicmp_A(line, "\x01REQUEST", 8) == 0) return;
+  if (!_logProbe) _logProbe = std::make_unique<OmTextBlock>(_logTitle, _codePage, true);
+  _logProbe->_keep = 1;
+  if (!_pProc) _selector.Reset();
+  _logProbe->Accept(_selector);
+  if (!_logProbe->_keep) return;
+
+  if (_logBlock == nullptr) {
+    auto block = std::make_unique<OmTextBlock>(_logTitle, _codePage, true);
+    _logBlock = block.get();
+    _outputTree->AppendUnderRoot(std::move(block));
+  }
+  const std::string text(line);
+  _logBlock->AddLine(text);
+  for (Observer* observer : _observers) observer->LogLine(text);
+  _logPending = true;
+}
+
+void OmFactory::Data::PageTitle(std::string_view title, std::string_view subtitle) {
+  if (_logPending) {
+    for (Observer* observer : _observers) observer->FlushLog();
+    _logPending = false;
+  }
+  _logBlock = nullptr;
+  auto page = std::make_unique<OmPageTitle>(_codePage);
+  if (!title.empty()) page->AddLine(std::string(title));
+  if (!subtitle.empty()) page->AddLine(std::string(subtitle));
+  if (!_pProc) _selector.Reset();
+  page->Accept(_selector);
+  if (!page->_keep) return;
+  const std::string titleText(title);
+  const std::string subtitleText(subtitle);
+  for (Observer* observer : _observers) observer->PageTitle(titleText, subtitleText);
+  // The block the selector kept goes into the tree itself, so its record of the last kept object
+  // stays valid.
+  _outputTree->AppendUnderRoot(std::move(page));
+}
+
+// Settings.
+
+void OmFactory::Data::OutputSetting(std::string_view keyword, std::string_view value) {
+  const unsigned mode = DisplayMode(value);
+  if (keyword == "OVARS") {
+    _outlineVarMode = mode;
+  } else if (keyword == "TVARS") {
+    _tableVarMode = mode;
+  } else if (keyword == "ONUMBERS") {
+    _outlineValueMode = mode;
+  } else if (keyword == "TNUMBERS") {
+    _tableValueMode = mode;
+  } else if (keyword == "OLANG") {
+    if (const OmLanguage* language = OmFindLanguage(value)) {
+      SetStringTablePath(PathFactory::getPathInstance(PathFactory::kStringTables)
+                             .GetFullPath(language->folder));
+    }
+  } else if (keyword == "TFIT") {
+    _labelsOnly = value == "Labels";
+  } else if (keyword == "MIOUTPUT") {
+    auto has = [value](std::string_view word) { return value.find(word) != value.npos; };
+    _pooled = has("pooled");
+    _observed = has("observed");
+    _imputed = has("imputed");
+    _diagnostics = has("diagnostics");
+  }
+}
+
+void OmFactory::Data::SetStringTablePath(const ExtNameStr& path) {
+  _stringTablePath = path;
+  _dictionary.SetGlobalStringTable(path);
+}
+
+// Table operations shared by several messages.
+
+OmPivotFactory& OmFactory::Data::CheckTCID(int tcid, bool makeCurrent) {
+  if (tcid < 0 || tcid >= int(_pivots.size()) || _pivots[std::size_t(tcid)] == nullptr) {
+    throw OMSException("OmFactory::CheckTCID() -- TCID invalid", tcid);
+  }
+  if (makeCurrent) _currentTCID = tcid;
+  return *_pivots[std::size_t(tcid)];
+}
+
+bool OmFactory::Data::FastTableDrops(const OmPivotFactory& builder) const {
+  return _destViewer && !builder.FirstCell() && builder.IsFastTable() &&
+         !builder.Table().HasSplits() && !_pProc->IsBootstrapped();
+}
+
+OmPivotFactory* OmFactory::Data::TableBuilder(int tcid, bool fastRule) {
+  if (!_pProc) return nullptr;
+  OmPivotFactory& builder = CheckTCID(tcid);
+  if (!builder.Table()._keep) return nullptr;
+  if (fastRule && FastTableDrops(builder)) return nullptr;
+  return &builder;
+}
+
+void OmFactory::Data::TableProperty(OmPayload& payload, int tcid, int property, int cellId,
+                                    std::unique_ptr<OmCellText> cell) {
+  if (!_pProc) return;
+  OmPivotTable& table = CheckTCID(tcid).Table();
+  if (property < 0 || property == 4 || property > 5) return;
+  if (property <= 2) {
+    auto* number = dynamic_cast<OmNumber*>(cell.get());
+    if (number == nullptr) throw OMSException("OmFactory::TableProperty() -- pNum");
+    const double value = number->Value();
+    if (property == 0) {
+      table.RotateRowLabels(value != 0);
+    } else if (property == 1) {
+      table.RotateColumnLabels(value != 0);
+    } else {
+      table.OptionNumber(TruncatedInt(value));
+    }
+    return;
+  }
+  if (!table._keep) return;
+  if (property == 3) {
+    if (!cell) payload.Fail("cell id empty", cellId);
+    const int d = table.FindDimension(*cell);
+    if (d < 0) throw OMSException("OmFactory::TableProperty() -- dim < 0", -1);
+    table.Dimension(d).setProperty3(true);
+  } else {
+    table.addMiscProperty("mergedSimple");
+  }
+}
+
+void OmFactory::Data::Annotate(OmPayload& payload, int target, int textId,
+                               std::unique_ptr<OmCellText> text,
+                               std::unique_ptr<OmCellText> marker) {
+  if (!_pProc) return;
+  if (target < 0 || target > 7) {
+    throw OMSException("OmFactory::Annotate() -- unknown annotation target", target, textId);
+  }
+  OmPivotFactory* builder = nullptr;
+  if (target != 0) {
+    builder = &CheckTCID(_currentTCID);
+    if (!builder->Table()._keep || FastTableDrops(*builder)) return;
+  }
+  if (!text) payload.Fail("text cell id empty", textId);
+  text->Accept(_tableFixer);
+  if (marker) marker->Accept(_tableFixer);
+  const OmFootnote footnote(std::move(text), std::move(marker));
+  if (builder == nullptr) {
+    _pProc->AnnotateHeading(footnote);
+  } else {
+    builder->Annotate(target, footnote);
+  }
+}
+
+void OmFactory::Data::StoreCell(int id, std::unique_ptr<OmCellText> cell) {
+  cell->setICUTracker(_tracker);
+  _cells.Store(id, std::move(cell));
+}
