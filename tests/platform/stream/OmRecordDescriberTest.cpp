@@ -1,0 +1,184 @@
+#include "platform/stream/OmRecordDescriber.h"
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "platform/stream/MessageCodes.h"
+#include "platform/stream/OmStreamWriter.h"
+
+namespace {
+
+using ByteOrder = OmStreamWriter::ByteOrder;
+
+bool Contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+
+// One record of every kind the writer makes, in the given order.
+OmStreamWriter EveryMessage(ByteOrder order) {
+  OmStreamWriter w(order);
+  w.ByteOrderProbe();
+  w.ConversionName(3, "latin1");
+  w.OutputSetting("TVARS", "Labels");
+  w.ConversionPair(1, 2);
+  w.Number(1, 2.5, 0x050802);
+  w.Integer(2, 7, 0x050800);
+  w.String(3, "text", 1);
+  w.BeginComposite(4, 3);
+  w.BeginRepeatList();
+  w.EndRepeatList();
+  w.CompositeArgument(2);
+  w.TableColors(1, 2);
+  w.RequiredTable(1, 2);
+  w.ScratchTable(3);
+  w.BeginTable(1, 3, 3, true);
+  w.Category(1, 2, 3);
+  w.BeginGroup(1, 2, 3);
+  w.EndGroup(1, 3);
+  w.CellDimension(1, 3);
+  w.Cell(1, 1, 2);
+  w.CellCategory(1, 2);
+  w.EndTable(1);
+  w.BeginProcedure(5, "procedure=X");
+  w.BeginNode(1);
+  w.EndNode();
+  w.Annotate(1, 2);
+  w.SplitCategory(1, 2);
+  w.Dimension(1, 2);
+  w.ScratchCategory(1, 2);
+  w.PlaceDimension(1, 2, 3, 1, 1, 0);
+  w.AnnotateMarked(1, 2, 3);
+  w.DiscardCell(1);
+  w.CopyCell(1, 2);
+  w.SortGroup(1, 2);
+  w.SortDimension(1, 2);
+  w.SortUngroup(1, 2);
+  w.EndProcedure("specs", 2);
+  w.PrintLine(2, "print");
+  w.LogLine(1, "log");
+  w.FlushLog();
+  w.BeginTextBlock(1);
+  w.Ungroup(1);
+  w.CornerText(1, 2);
+  w.ClearTableFlag(1);
+  w.Refresh();
+  w.TableProperty(1, 2, 3);
+  w.PageTitle("title", "sub");
+  w.ChartXml(1, 2, "<c/>");
+  w.Variable(1, 2, "v", "label");
+  w.DataValue(1, 2, 0x050802, "v", "label", 1.5);
+  w.DataValue(1, 2, 0x050802, "v", "label", std::string_view("text"));
+  w.ColumnWidth(1, 3, 4, 5);
+  w.ModelPMML({{0, 0, 0, "model"}}, 1);
+  w.TreeXml(1, 1, "<t/>", 0);
+  w.Bold();
+  w.BackgroundColor("red");
+  w.TextColor("blue");
+  w.Marker(1);
+  w.OutlineText("outline");
+  w.InteractiveJson(1, 0, "{}");
+  w.LongStringPiece(1, 2, "a", "b", true);
+  w.LongText(1, "a", "b", "c");
+  w.HideCategory();
+  w.MiscProperty(1, "x");
+  w.SwapBytes(order == ByteOrder::BigEndian);
+  return w;
+}
+
+TEST(OmRecordDescriberTest, DecodesFieldsByName) {
+  OmRecordDescriber describer;
+  OmStreamWriter writer;
+  writer.Number(7, 3.25, 0x050802);
+  writer.BeginTable(3, 1, 2, true);
+  writer.DataValue(9, 0, 0x050802, "sex", "Gender", std::string_view("m"));
+  EXPECT_EQ(describer.Describe(writer.Records()[0]),
+            "IPC_NUMBER (256) 16 bytes: value=3.25 format=0x00050802 cell=7");
+  EXPECT_EQ(describer.Describe(writer.Records()[1]),
+            "IPC_BEGIN_TABLE (268) 13 bytes: tcid=3 title=1 subtype=2 flag=1");
+  EXPECT_EQ(describer.Describe(writer.Records()[2]),
+            "IPC_DATA_VALUE (309) 32 bytes: cell=9 display=0 format=0x00050802 nameLength=3 labelLength=6 "
+            "valueLength=1 name=\"sex\" value=\"m\" label=\"Gender\"");
+}
+
+TEST(OmRecordDescriberTest, FollowsTheByteOrderThatTheStreamAnnounces) {
+  OmStreamWriter writer(ByteOrder::BigEndian);
+  writer.Integer(1, 300, 0x050802);
+  writer.ByteOrderProbe();
+  writer.Integer(1, 300, 0x050802);
+  writer.SwapBytes(false);
+  writer.Integer(1, 300, 0x050802);
+  OmRecordDescriber describer;
+  EXPECT_TRUE(Contains(describer.Describe(writer.Records()[0]), "value=738263040"));
+  EXPECT_TRUE(Contains(describer.Describe(writer.Records()[1]), "probe=16777216 (swapped sender)"));
+  EXPECT_TRUE(describer.SwapBytes());
+  EXPECT_TRUE(Contains(describer.Describe(writer.Records()[2]), "value=300 format=0x00050802 cell=1"));
+  describer.Describe(writer.Records()[3]);
+  EXPECT_FALSE(describer.SwapBytes());
+}
+
+TEST(OmRecordDescriberTest, TextsAreQuotedEscapedAndCut) {
+  OmStreamWriter writer;
+  writer.LogLine(1, std::string("a\"b\\c\n\x01", 7));
+  writer.LogLine(1, std::string(100, 'x'));
+  OmRecordDescriber describer;
+  EXPECT_TRUE(Contains(describer.Describe(writer.Records()[0]), "text=\"a\\\"b\\\\c\\n\\x01\""));
+  const std::string cut = describer.Describe(writer.Records()[1]);
+  EXPECT_TRUE(Contains(cut, "\"" + std::string(OmRecordDescriber::kTextShown, 'x') + "\"...(100 bytes)")) << cut;
+}
+
+TEST(OmRecordDescriberTest, EveryShortenedRecordSaysTruncatedAndStaysInsideThePayload) {
+  for (ByteOrder order : {ByteOrder::LittleEndian, ByteOrder::BigEndian}) {
+    const OmStreamWriter writer = EveryMessage(order);
+    for (const OmStreamRecord& record : writer.Records()) {
+      const bool multiPart = record.code == static_cast<std::int16_t>(MessageCode::IPC_END_PROCEDURE) ||
+                             record.code == static_cast<std::int16_t>(MessageCode::IPC_MODEL_PMML);
+      const bool swapped = order == ByteOrder::BigEndian;
+      OmRecordDescriber full;
+      full.SwapBytes(swapped);
+      EXPECT_FALSE(Contains(full.Describe(record), "truncated")) << full.Describe(record);
+      for (std::size_t length = 0; length < record.payload.size(); ++length) {
+        // A copy of exactly `length` bytes, so that the sanitizers catch any read past it.
+        const std::vector<std::uint8_t> shortened(record.payload.begin(),
+                                                  record.payload.begin() + static_cast<std::ptrdiff_t>(length));
+        OmRecordDescriber describer;
+        describer.SwapBytes(swapped);
+        const std::string text = describer.Describe(record.code, shortened.data(), shortened.size());
+        if (multiPart && length >= 12) continue;  // the share may be any length
+        EXPECT_TRUE(Contains(text, "truncated")) << text;
+      }
+    }
+  }
+}
+
+TEST(OmRecordDescriberTest, LyingLengthsAreNotFollowed) {
+  OmStreamWriter writer;
+  writer.Record(static_cast<std::int16_t>(MessageCode::IPC_OUTLINE_TEXT), std::string_view("\xE8\x03\0\0abc", 7));
+  writer.Record(static_cast<std::int16_t>(MessageCode::IPC_OUTLINE_TEXT), std::string_view("\xFF\xFF\xFF\xFF", 4));
+  writer.Record(static_cast<std::int16_t>(MessageCode::IPC_OUTPUT_SETTING), std::string(20, 'k'));
+  OmRecordDescriber describer;
+  EXPECT_EQ(describer.Describe(writer.Records()[0]), "IPC_OUTLINE_TEXT (317) 7 bytes: length=1000 text=\"abc\" truncated");
+  EXPECT_EQ(describer.Describe(writer.Records()[1]),
+            "IPC_OUTLINE_TEXT (317) 4 bytes: length=-1 text=<bad length -1> truncated");
+  EXPECT_EQ(describer.Describe(writer.Records()[2]), "IPC_OUTPUT_SETTING (34) 20 bytes: keyword=\"kkkk\" truncated");
+}
+
+TEST(OmRecordDescriberTest, UnknownCodesShowTheirFirstBytes) {
+  OmRecordDescriber describer;
+  const std::vector<std::uint8_t> bytes(20, 0xAB);
+  EXPECT_EQ(describer.Describe(1000, bytes.data(), 3), "code (1000) 3 bytes: AB AB AB");
+  EXPECT_EQ(describer.Describe(-5, bytes.data(), 20),
+            "code (-5) 20 bytes: AB AB AB AB AB AB AB AB AB AB AB AB AB AB AB AB ...");
+  EXPECT_EQ(describer.Describe(260, nullptr, 0), "code (260) 0 bytes:");
+}
+
+TEST(OmRecordDescriberTest, ExtraBytesAndContinuedStringsAreMarked) {
+  OmStreamWriter writer;
+  writer.Record(static_cast<std::int16_t>(MessageCode::IPC_BEGIN_NODE), std::string_view("\x01\0\0\0\x09\x09", 6));
+  writer.String(1, std::string(40000, 's'), 0);
+  OmRecordDescriber describer;
+  EXPECT_EQ(describer.Describe(writer.Records()[0]), "IPC_BEGIN_NODE (278) 6 bytes: cell=1 (+2 extra bytes)");
+  EXPECT_TRUE(Contains(describer.Describe(writer.Records()[1]), "(continued)"));
+  EXPECT_FALSE(Contains(describer.Describe(writer.Records()[2]), "(continued)"));
+}
+
+} // namespace
