@@ -68,12 +68,6 @@ TEST_F(CellTextTranslatorTest, TranslatingTwiceStartsFromTheKeyEachTime) {
   EXPECT_EQ(cell.Text(), "Based on ^1 samples");
 }
 
-TEST_F(CellTextTranslatorTest, UnknownKeyShowsTheKey) {
-  OmStringCell cell("No such key in any table", true);
-  cell.Accept(_toGerman);
-  EXPECT_EQ(cell.Text(), "No such key in any table");
-}
-
 TEST(CellTextTranslatorTables, SecondAndThirdTextsOfTheLookUpAreKeptWithTheCell) {
   ScratchTable table("Mean\tMittel\tzweiter Text\tdritter Text\nSum\tSumme\n");
   FacSTDictionary dictionary(table.Folder());
