@@ -10,9 +10,9 @@ namespace {
 constexpr double kSysMiss = -std::numeric_limits<double>::max();
 constexpr int kMaxDecimals = 20;
 
-std::string Printf(const char* spec, int decimals, double value) {
+std::string Printf(const char* pattern, int decimals, double value) {
   char buf[400];
-  std::snprintf(buf, sizeof buf, spec, decimals, value);
+  std::snprintf(buf, sizeof buf, pattern, decimals, value);
   return buf;
 }
 
