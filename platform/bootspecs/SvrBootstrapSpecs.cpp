@@ -41,4 +41,6 @@ void SvrBootstrapSpecs::SetJackknifeList(std::vector<JackknifeEntry> entries) {
   _my->_jackknife = std::move(entries);
 }
 
-bool SvrBootstrapSpecs::operator==(const SvrBootstrapSpecs& other) const { return *_my == *other._my; }
+bool SvrBootstrapSpecs::operator==(const SvrBootstrapSpecs& other) const {
+  return *_my == *other._my;
+}

@@ -32,7 +32,8 @@ public:
   unsigned int GetSamplingMethod() const;
   void SetSamplingMethod(unsigned int method);
 
-  // Bootstrap split category numbers that end the jackknife ranges, read by the replicate collector.
+  // Bootstrap split category numbers that end the jackknife ranges, read by the replicate
+  // collector.
   const std::vector<std::uint32_t>& GetJackknifeBoundaries() const;
   void SetJackknifeBoundaries(std::vector<std::uint32_t> boundaries);
   // The jackknife list; its length is the jackknife sample count.

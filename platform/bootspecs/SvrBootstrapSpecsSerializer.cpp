@@ -11,12 +11,14 @@
 namespace {
 
 void PutUInt32(std::string& out, std::uint32_t value) {
-  for (int shift = 0; shift < 32; shift += 8) out.push_back(static_cast<char>((value >> shift) & 0xFF));
+  for (int shift = 0; shift < 32; shift += 8)
+    out.push_back(static_cast<char>((value >> shift) & 0xFF));
 }
 
 void PutDouble(std::string& out, double value) {
   const auto bits = std::bit_cast<std::uint64_t>(value);
-  for (int shift = 0; shift < 64; shift += 8) out.push_back(static_cast<char>((bits >> shift) & 0xFF));
+  for (int shift = 0; shift < 64; shift += 8)
+    out.push_back(static_cast<char>((bits >> shift) & 0xFF));
 }
 
 // Reads little-endian fields front to back; running past the end is a short text.
@@ -58,9 +60,9 @@ private:
   }
 
   [[noreturn]] void Short(std::size_t bytes, const char* field) const {
-    throw OMSException(std::string("SvrBootstrapSpecsSerializer::deserializeSpecs -- text ends in ") +
-                           field,
-                       static_cast<double>(_offset + bytes), static_cast<double>(_bytes.size()));
+    throw OMSException(
+        std::string("SvrBootstrapSpecsSerializer::deserializeSpecs -- text ends in ") + field,
+        static_cast<double>(_offset + bytes), static_cast<double>(_bytes.size()));
   }
 
   std::string_view _bytes;
@@ -86,15 +88,17 @@ std::string SvrBootstrapSpecsSerializer::serializeSpecs(const SvrBootstrapSpecs&
   return out;
 }
 
-void SvrBootstrapSpecsSerializer::deserializeSpecs(std::string_view bytes, SvrBootstrapSpecs& specs) {
+void SvrBootstrapSpecsSerializer::deserializeSpecs(std::string_view bytes,
+                                                   SvrBootstrapSpecs& specs) {
   SpecsCursor cursor(bytes);
   SvrBootstrapSpecs read;
   read.SetNSamples(cursor.UInt32("sample count"));
   const double level = cursor.Double("confidence level");
   // The interval and coverage arithmetic divide by 100 - level: refuse what makes no interval.
   if (!(level > 0.0 && level < 100.0)) {
-    throw OMSException("SvrBootstrapSpecsSerializer::deserializeSpecs -- confidence level outside (0, 100)",
-                       level);
+    throw OMSException(
+        "SvrBootstrapSpecsSerializer::deserializeSpecs -- confidence level outside (0, 100)",
+        level);
   }
   read.SetCILevelPct(level);
   read.SetSamplingMethod(cursor.UInt32("sampling method"));

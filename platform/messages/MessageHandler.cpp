@@ -12,7 +12,8 @@ constexpr std::size_t kItemHeaderBytes = 13;
 
 std::uint32_t GetUInt32(const unsigned char* bytes) {
   return static_cast<std::uint32_t>(bytes[0]) | (static_cast<std::uint32_t>(bytes[1]) << 8) |
-         (static_cast<std::uint32_t>(bytes[2]) << 16) | (static_cast<std::uint32_t>(bytes[3]) << 24);
+         (static_cast<std::uint32_t>(bytes[2]) << 16) |
+         (static_cast<std::uint32_t>(bytes[3]) << 24);
 }
 
 } // namespace
@@ -20,8 +21,8 @@ std::uint32_t GetUInt32(const unsigned char* bytes) {
 struct MessageHandler::Data {
   std::string _body;
   std::uint32_t _id = 0;
-  std::uint32_t _count = 0;     // of the message being gathered; 0 = none
-  std::uint32_t _expected = 0;  // index of the next part due
+  std::uint32_t _count = 0;    // of the message being gathered; 0 = none
+  std::uint32_t _expected = 0; // index of the next part due
   bool _complete = false;
   std::size_t _readOffset = 0;
 
@@ -52,13 +53,14 @@ bool MessageHandler::receiveMessage(const void* payload, unsigned int length) {
   const std::uint32_t count = GetUInt32(bytes + 8);
   if (count == 0) {
     my.Restart();
-    throw OMSException("MessageHandler::receiveMessage -- part count == 0", static_cast<double>(id));
+    throw OMSException("MessageHandler::receiveMessage -- part count == 0",
+                       static_cast<double>(id));
   }
   if (index != my._expected) {
     const std::uint32_t expected = my._expected;
     my.Restart();
-    throw OMSException("MessageHandler::receiveMessage -- part out of order", static_cast<double>(index),
-                       static_cast<double>(expected));
+    throw OMSException("MessageHandler::receiveMessage -- part out of order",
+                       static_cast<double>(index), static_cast<double>(expected));
   }
   if (index > 0 && id != my._id) {
     const std::uint32_t current = my._id;
@@ -69,8 +71,8 @@ bool MessageHandler::receiveMessage(const void* payload, unsigned int length) {
   if (index > 0 && count != my._count) {
     const std::uint32_t current = my._count;
     my.Restart();
-    throw OMSException("MessageHandler::receiveMessage -- part count changed", static_cast<double>(count),
-                       static_cast<double>(current));
+    throw OMSException("MessageHandler::receiveMessage -- part count changed",
+                       static_cast<double>(count), static_cast<double>(current));
   }
   const std::size_t share = length - kPartHeaderBytes;
   if (share > kMaxBodyBytes - my._body.size()) {
@@ -89,7 +91,8 @@ bool MessageHandler::receiveMessage(const void* payload, unsigned int length) {
   return my._complete;
 }
 
-bool MessageHandler::getNextPart(unsigned int& kind, bool& flag, unsigned int& extra, std::string& text) {
+bool MessageHandler::getNextPart(unsigned int& kind, bool& flag, unsigned int& extra,
+                                 std::string& text) {
   Data& my = *_my;
   if (!my._complete || my._readOffset == my._body.size()) return false;
   const std::size_t left = my._body.size() - my._readOffset;
@@ -101,7 +104,8 @@ bool MessageHandler::getNextPart(unsigned int& kind, bool& flag, unsigned int& e
   const std::uint32_t textLength = GetUInt32(item + 9);
   if (textLength > left - kItemHeaderBytes) {
     throw OMSException("MessageHandler::getNextPart -- body ends inside an item text",
-                       static_cast<double>(textLength), static_cast<double>(left - kItemHeaderBytes));
+                       static_cast<double>(textLength),
+                       static_cast<double>(left - kItemHeaderBytes));
   }
   kind = GetUInt32(item);
   flag = item[4] != 0;

@@ -5,7 +5,8 @@
 namespace {
 
 void PutUInt32(std::string& out, std::uint32_t value) {
-  for (int shift = 0; shift < 32; shift += 8) out.push_back(static_cast<char>((value >> shift) & 0xFF));
+  for (int shift = 0; shift < 32; shift += 8)
+    out.push_back(static_cast<char>((value >> shift) & 0xFF));
 }
 
 } // namespace
@@ -14,7 +15,8 @@ std::string EncodeMessageItems(const std::vector<MessageItem>& items) {
   std::string body;
   for (const MessageItem& item : items) {
     if (item.text.size() > UINT32_MAX) {
-      throw OMSException("EncodeMessageItems -- text too long", static_cast<double>(item.text.size()));
+      throw OMSException("EncodeMessageItems -- text too long",
+                         static_cast<double>(item.text.size()));
     }
     PutUInt32(body, item.kind);
     body.push_back(static_cast<char>(item.flag));

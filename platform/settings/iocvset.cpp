@@ -19,7 +19,8 @@ IocvRegistry& Registry() {
 } // namespace
 
 void iocvset_(const std::int64_t& kind, const void* record) {
-  if (record == nullptr) throw OMSException("iocvset_ -- record == NULL", static_cast<double>(kind));
+  if (record == nullptr)
+    throw OMSException("iocvset_ -- record == NULL", static_cast<double>(kind));
   if (kind == kIocvConversionName) {
     const auto* option = static_cast<const IocvConversionName*>(record);
     // The name is read up to its zero byte but never past the 17 bytes reserved for it.

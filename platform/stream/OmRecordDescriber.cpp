@@ -73,8 +73,8 @@ constexpr Layout kLayouts[] = {
   {MessageCode::IPC_PAGE_TITLE,         "titleLength:i subtitleLength:i title:t=titleLength -1 "
                                         "subtitle:t=subtitleLength"},
   {MessageCode::IPC_CHART_XML,          "type:c subtype:c -2 length:i data:t=length"},
-  {MessageCode::IPC_VARIABLE,           "cell:i display:i nameLength:i labelLength:i name:t=nameLength "
-                                        "label:t=labelLength"},
+  {MessageCode::IPC_VARIABLE,           "cell:i display:i nameLength:i labelLength:i "
+                                        "name:t=nameLength label:t=labelLength"},
   {MessageCode::IPC_DATA_VALUE,         "cell:i display:i format:x nameLength:i labelLength:i "
                                         "valueLength:h name:t=nameLength value:v=valueLength "
                                         "label:t=labelLength"},
@@ -87,9 +87,10 @@ constexpr Layout kLayouts[] = {
   {MessageCode::IPC_MARKER,             "-8 cell:i"},
   {MessageCode::IPC_OUTLINE_TEXT,       "length:i text:t=length"},
   {MessageCode::IPC_INTERACTIVE_JSON,   "index:i type:i length:i data:t=length"},
-  {MessageCode::IPC_LONG_STRING,        "lengthA:i lengthB:i cell:i kind:i last:b a:t=lengthA b:t=lengthB"},
-  {MessageCode::IPC_LONG_TEXT,          "lengthA:i lengthB:i lengthC:i cell:i a:t=lengthA b:t=lengthB "
-                                        "c:t=lengthC"},
+  {MessageCode::IPC_LONG_STRING,        "lengthA:i lengthB:i cell:i kind:i last:b "
+                                        "a:t=lengthA b:t=lengthB"},
+  {MessageCode::IPC_LONG_TEXT,          "lengthA:i lengthB:i lengthC:i cell:i "
+                                        "a:t=lengthA b:t=lengthB c:t=lengthC"},
   {MessageCode::IPC_HIDE_CATEGORY,      ""},
   {MessageCode::IPC_MISC_PROPERTY,      "target:i length:i text:t=length"},
 };
@@ -174,7 +175,8 @@ private:
     const std::size_t colon = token.find(':');
     const std::string_view name = token.substr(0, colon);
     const char type = token[colon + 1];
-    const std::string_view argument = token.size() > colon + 3 ? token.substr(colon + 3) : std::string_view();
+    const std::string_view argument =
+        token.size() > colon + 3 ? token.substr(colon + 3) : std::string_view();
     out += ' ';
     out += name;
     out += '=';
@@ -212,7 +214,7 @@ private:
         std::size_t end = _offset;
         while (end < _length && _payload[end] != 0) ++end;
         AppendText(out, _payload + _offset, end - _offset);
-        if (end == _length) return false;  // no terminating zero inside the payload
+        if (end == _length) return false; // no terminating zero inside the payload
         _offset = end + 1;
         return true;
       }
@@ -236,7 +238,8 @@ private:
     return true;
   }
 
-  bool Number(std::string_view name, std::size_t width, bool swap, bool isSigned, std::string& out) {
+  bool Number(std::string_view name, std::size_t width, bool swap, bool isSigned,
+              std::string& out) {
     std::uint64_t bits = 0;
     if (!Raw(width, swap, bits)) return false;
     std::int64_t value = static_cast<std::int64_t>(bits);
@@ -286,7 +289,8 @@ std::string OmRecordDescriber::Describe(const OmStreamRecord& record) {
   return Describe(record.code, record.payload.data(), record.payload.size());
 }
 
-std::string OmRecordDescriber::Describe(std::int16_t code, const std::uint8_t* payload, std::size_t length) {
+std::string OmRecordDescriber::Describe(std::int16_t code, const std::uint8_t* payload,
+                                        std::size_t length) {
   if (payload == nullptr) length = 0;
   std::string out;
   const char* name = MessageCodeNameOf(code);

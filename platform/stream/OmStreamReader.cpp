@@ -10,7 +10,8 @@ namespace {
 
 std::uint32_t GetUInt32(const std::uint8_t* bytes) {
   return static_cast<std::uint32_t>(bytes[0]) | (static_cast<std::uint32_t>(bytes[1]) << 8) |
-         (static_cast<std::uint32_t>(bytes[2]) << 16) | (static_cast<std::uint32_t>(bytes[3]) << 24);
+         (static_cast<std::uint32_t>(bytes[2]) << 16) |
+         (static_cast<std::uint32_t>(bytes[3]) << 24);
 }
 
 } // namespace
@@ -22,8 +23,8 @@ struct OmStreamReader::Data {
 
   void CheckHeader() const {
     if (_bytes.size() < kHeaderBytes) {
-      throw OMSException("OmStreamReader -- stream header truncated", static_cast<double>(_bytes.size()),
-                         static_cast<double>(kHeaderBytes));
+      throw OMSException("OmStreamReader -- stream header truncated",
+                         static_cast<double>(_bytes.size()), static_cast<double>(kHeaderBytes));
     }
     if (std::memcmp(_bytes.data(), "OMSTREAM", 8) != 0) {
       throw OMSException("OmStreamReader -- not a stream file (magic != OMSTREAM)");
@@ -65,7 +66,8 @@ bool OmStreamReader::Next(OmStreamRecord& record) {
   if (left == 0) return false;
   const double number = static_cast<double>(my._records + 1);
   const double offset = static_cast<double>(my._offset);
-  if (left < kRecordHeaderBytes) throw OMSException("OmStreamReader::Next -- record header truncated", number, offset);
+  if (left < kRecordHeaderBytes)
+    throw OMSException("OmStreamReader::Next -- record header truncated", number, offset);
   const std::uint8_t* header = my._bytes.data() + my._offset;
   const std::uint32_t length = GetUInt32(header + 2);
   if (length > left - kRecordHeaderBytes) {

@@ -23,12 +23,22 @@ public:
     return *this;
   }
   PayloadBuilder& Int8(std::int8_t value) { return Byte(static_cast<std::uint8_t>(value)); }
-  PayloadBuilder& Int16(std::int16_t value) { return Unsigned(static_cast<std::uint16_t>(value), 2, _bigEndian); }
-  PayloadBuilder& Int32(std::int32_t value) { return Unsigned(static_cast<std::uint32_t>(value), 4, _bigEndian); }
-  PayloadBuilder& Int64(std::int64_t value) { return Unsigned(static_cast<std::uint64_t>(value), 8, _bigEndian); }
-  PayloadBuilder& Double(double value) { return Unsigned(std::bit_cast<std::uint64_t>(value), 8, _bigEndian); }
+  PayloadBuilder& Int16(std::int16_t value) {
+    return Unsigned(static_cast<std::uint16_t>(value), 2, _bigEndian);
+  }
+  PayloadBuilder& Int32(std::int32_t value) {
+    return Unsigned(static_cast<std::uint32_t>(value), 4, _bigEndian);
+  }
+  PayloadBuilder& Int64(std::int64_t value) {
+    return Unsigned(static_cast<std::uint64_t>(value), 8, _bigEndian);
+  }
+  PayloadBuilder& Double(double value) {
+    return Unsigned(std::bit_cast<std::uint64_t>(value), 8, _bigEndian);
+  }
   // A field the factory never swaps: always little-endian.
-  PayloadBuilder& FixedInt32(std::int32_t value) { return Unsigned(static_cast<std::uint32_t>(value), 4, false); }
+  PayloadBuilder& FixedInt32(std::int32_t value) {
+    return Unsigned(static_cast<std::uint32_t>(value), 4, false);
+  }
   PayloadBuilder& Zeros(std::size_t count) {
     _bytes.insert(_bytes.end(), count, 0);
     return *this;
@@ -55,14 +65,16 @@ private:
 // A text length as the int32 field that carries it.
 std::int32_t TextLength(std::string_view text, const char* operation) {
   if (text.size() > kMaxText) {
-    throw OMSException(std::string("OmStreamWriter::") + operation + " -- text longer than an int32 length",
-                       static_cast<double>(text.size()));
+    throw OMSException(
+        std::string("OmStreamWriter::") + operation + " -- text longer than an int32 length",
+        static_cast<double>(text.size()));
   }
   return static_cast<std::int32_t>(text.size());
 }
 
 void PutFileUInt32(std::vector<std::uint8_t>& out, std::uint32_t value) {
-  for (int shift = 0; shift < 32; shift += 8) out.push_back(static_cast<std::uint8_t>((value >> shift) & 0xFF));
+  for (int shift = 0; shift < 32; shift += 8)
+    out.push_back(static_cast<std::uint8_t>((value >> shift) & 0xFF));
 }
 
 } // namespace
@@ -120,15 +132,19 @@ struct OmStreamWriter::Data {
     Add(code, b);
   }
 
-  void MultiPart(MessageCode code, std::string_view body, std::uint32_t parts, std::uint32_t messageId) {
+  void MultiPart(MessageCode code, std::string_view body, std::uint32_t parts,
+                 std::uint32_t messageId) {
     for (std::string& payload : SplitMessageBody(body, parts, messageId)) {
       Add(code, std::vector<std::uint8_t>(payload.begin(), payload.end()));
     }
   }
 };
 
-OmStreamWriter::OmStreamWriter(ByteOrder order) : _my(std::make_unique<Data>()) { _my->_order = order; }
-OmStreamWriter::OmStreamWriter(const OmStreamWriter& other) : _my(std::make_unique<Data>(*other._my)) {}
+OmStreamWriter::OmStreamWriter(ByteOrder order) : _my(std::make_unique<Data>()) {
+  _my->_order = order;
+}
+OmStreamWriter::OmStreamWriter(const OmStreamWriter& other)
+    : _my(std::make_unique<Data>(*other._my)) {}
 OmStreamWriter& OmStreamWriter::operator=(const OmStreamWriter& other) {
   if (this != &other) _my = std::make_unique<Data>(*other._my);
   return *this;
@@ -161,7 +177,9 @@ std::vector<std::uint8_t> OmStreamWriter::FileBytes() const {
 void OmStreamWriter::Save(const std::string& path) const {
   const std::vector<std::uint8_t> bytes = FileBytes();
   std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  if (file) file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  if (file)
+    file.write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
   if (!file) throw OMSException("OmStreamWriter::Save -- cannot write " + path);
 }
 
@@ -245,7 +263,9 @@ void OmStreamWriter::EndRepeatList() { _my->Empty(MessageCode::IPC_END_REPEAT_LI
 void OmStreamWriter::CompositeArgument(std::int32_t cellId) {
   _my->Ints(MessageCode::IPC_COMPOSITE_ARGUMENT, {cellId});
 }
-void OmStreamWriter::DiscardCell(std::int32_t cellId) { _my->Ints(MessageCode::IPC_DISCARD_CELL, {cellId}); }
+void OmStreamWriter::DiscardCell(std::int32_t cellId) {
+  _my->Ints(MessageCode::IPC_DISCARD_CELL, {cellId});
+}
 void OmStreamWriter::CopyCell(std::int32_t sourceId, std::int32_t targetId) {
   _my->Ints(MessageCode::IPC_COPY_CELL, {sourceId, targetId});
 }
@@ -253,7 +273,10 @@ void OmStreamWriter::CopyCell(std::int32_t sourceId, std::int32_t targetId) {
 void OmStreamWriter::Variable(std::int32_t cellId, std::int32_t display, std::string_view name,
                               std::string_view label) {
   PayloadBuilder b = _my->Payload();
-  b.Int32(cellId).Int32(display).Int32(TextLength(name, "Variable")).Int32(TextLength(label, "Variable"));
+  b.Int32(cellId)
+      .Int32(display)
+      .Int32(TextLength(name, "Variable"))
+      .Int32(TextLength(label, "Variable"));
   b.Text(name).Text(label);
   _my->Add(MessageCode::IPC_VARIABLE, b);
 }
@@ -268,9 +291,11 @@ void OmStreamWriter::DataValue(std::int32_t cellId, std::int32_t display, std::i
 }
 
 void OmStreamWriter::DataValue(std::int32_t cellId, std::int32_t display, std::int32_t format,
-                               std::string_view name, std::string_view label, std::string_view value) {
+                               std::string_view name, std::string_view label,
+                               std::string_view value) {
   // A value length of 0 announces a number, and the field is an int16.
-  if (value.empty() || value.size() > static_cast<std::size_t>(std::numeric_limits<std::int16_t>::max())) {
+  if (value.empty() ||
+      value.size() > static_cast<std::size_t>(std::numeric_limits<std::int16_t>::max())) {
     throw OMSException("OmStreamWriter::DataValue -- text value must have 1 to 32767 bytes",
                        static_cast<double>(value.size()));
   }
@@ -297,7 +322,8 @@ void OmStreamWriter::LongString(std::int32_t cellId, std::int32_t kind, std::str
   auto lead = [&](std::string_view& part, bool isA) {
     while (part.size() > pieceSize) {
       std::string_view piece = part.substr(0, pieceSize);
-      LongStringPiece(cellId, kind, isA ? piece : std::string_view(), isA ? std::string_view() : piece, false);
+      LongStringPiece(cellId, kind, isA ? piece : std::string_view(),
+                      isA ? std::string_view() : piece, false);
       part.remove_prefix(pieceSize);
     }
   };
@@ -309,7 +335,9 @@ void OmStreamWriter::LongString(std::int32_t cellId, std::int32_t kind, std::str
 void OmStreamWriter::LongText(std::int32_t cellId, std::string_view partA, std::string_view partB,
                               std::string_view partC) {
   PayloadBuilder b = _my->Payload();
-  b.Int32(TextLength(partA, "LongText")).Int32(TextLength(partB, "LongText")).Int32(TextLength(partC, "LongText"));
+  b.Int32(TextLength(partA, "LongText"))
+      .Int32(TextLength(partB, "LongText"))
+      .Int32(TextLength(partC, "LongText"));
   b.Int32(cellId).Text(partA).Text(partB).Text(partC);
   _my->Add(MessageCode::IPC_LONG_TEXT, b);
 }
@@ -322,7 +350,8 @@ void OmStreamWriter::BeginProcedure(std::int64_t procedureId, std::string_view s
   _my->Add(MessageCode::IPC_BEGIN_PROCEDURE, b);
 }
 
-void OmStreamWriter::EndProcedure(std::string_view specs, std::uint32_t parts, std::uint32_t messageId) {
+void OmStreamWriter::EndProcedure(std::string_view specs, std::uint32_t parts,
+                                  std::uint32_t messageId) {
   const std::string body = EncodeMessageItems({MessageItem{0, 0, 0, std::string(specs)}});
   _my->MultiPart(MessageCode::IPC_END_PROCEDURE, body, parts, messageId);
 }
@@ -332,7 +361,9 @@ void OmStreamWriter::EndProcedure(const SvrBootstrapSpecs& specs, std::uint32_t 
   EndProcedure(SvrBootstrapSpecsSerializer::serializeSpecs(specs), parts, messageId);
 }
 
-void OmStreamWriter::BeginNode(std::int32_t cellId) { _my->Ints(MessageCode::IPC_BEGIN_NODE, {cellId}); }
+void OmStreamWriter::BeginNode(std::int32_t cellId) {
+  _my->Ints(MessageCode::IPC_BEGIN_NODE, {cellId});
+}
 void OmStreamWriter::EndNode() { _my->Empty(MessageCode::IPC_END_NODE); }
 void OmStreamWriter::Annotate(std::int32_t target, std::int32_t textCellId) {
   _my->Ints(MessageCode::IPC_ANNOTATE, {target, textCellId});
@@ -340,7 +371,8 @@ void OmStreamWriter::Annotate(std::int32_t target, std::int32_t textCellId) {
 void OmStreamWriter::SplitCategory(std::int32_t variableCellId, std::int32_t categoryCellId) {
   _my->Ints(MessageCode::IPC_SPLIT_CATEGORY, {variableCellId, categoryCellId});
 }
-void OmStreamWriter::AnnotateMarked(std::int32_t target, std::int32_t textCellId, std::int32_t markerCellId) {
+void OmStreamWriter::AnnotateMarked(std::int32_t target, std::int32_t textCellId,
+                                    std::int32_t markerCellId) {
   _my->Ints(MessageCode::IPC_ANNOTATE_MARKED, {target, textCellId, markerCellId});
 }
 void OmStreamWriter::PrintLine(std::int32_t lineSkip, std::string_view text) {
@@ -350,9 +382,13 @@ void OmStreamWriter::LogLine(std::int32_t lineSkip, std::string_view text) {
   _my->Line(MessageCode::IPC_LOG_LINE, lineSkip, text, "LogLine");
 }
 void OmStreamWriter::FlushLog() { _my->Empty(MessageCode::IPC_FLUSH_LOG); }
-void OmStreamWriter::BeginTextBlock(std::int32_t cellId) { _my->Ints(MessageCode::IPC_BEGIN_TEXT_BLOCK, {cellId}); }
+void OmStreamWriter::BeginTextBlock(std::int32_t cellId) {
+  _my->Ints(MessageCode::IPC_BEGIN_TEXT_BLOCK, {cellId});
+}
 void OmStreamWriter::Refresh() { _my->Empty(MessageCode::IPC_REFRESH); }
-void OmStreamWriter::SwapBytes(bool on) { _my->Add(MessageCode::IPC_SWAP_BYTES, {static_cast<std::uint8_t>(on ? 1 : 0)}); }
+void OmStreamWriter::SwapBytes(bool on) {
+  _my->Add(MessageCode::IPC_SWAP_BYTES, {static_cast<std::uint8_t>(on ? 1 : 0)});
+}
 
 void OmStreamWriter::PageTitle(std::string_view title, std::string_view subtitle) {
   PayloadBuilder b = _my->Payload();
@@ -375,19 +411,23 @@ void OmStreamWriter::TableColors(std::int32_t start, std::int32_t end) {
 void OmStreamWriter::RequiredTable(std::int32_t first, std::int32_t second) {
   _my->Ints(MessageCode::IPC_REQUIRED_TABLE, {first, second});
 }
-void OmStreamWriter::ScratchTable(std::int32_t titleCellId) { _my->Ints(MessageCode::IPC_SCRATCH_TABLE, {titleCellId}); }
+void OmStreamWriter::ScratchTable(std::int32_t titleCellId) {
+  _my->Ints(MessageCode::IPC_SCRATCH_TABLE, {titleCellId});
+}
 
-void OmStreamWriter::BeginTable(std::uint8_t tcid, std::int32_t titleCellId, std::int32_t subtypeCellId,
-                                bool flag) {
+void OmStreamWriter::BeginTable(std::uint8_t tcid, std::int32_t titleCellId,
+                                std::int32_t subtypeCellId, bool flag) {
   PayloadBuilder b = _my->Payload();
   b.Byte(tcid).Zeros(3).Int32(titleCellId).Int32(subtypeCellId).Byte(flag ? 1 : 0);
   _my->Add(MessageCode::IPC_BEGIN_TABLE, b);
 }
 
-void OmStreamWriter::Category(std::uint8_t tcid, std::int32_t categoryCellId, std::int32_t dimensionCellId) {
+void OmStreamWriter::Category(std::uint8_t tcid, std::int32_t categoryCellId,
+                              std::int32_t dimensionCellId) {
   _my->TcidAnd(MessageCode::IPC_CATEGORY, tcid, categoryCellId, dimensionCellId);
 }
-void OmStreamWriter::BeginGroup(std::uint8_t tcid, std::int32_t groupCellId, std::int32_t dimensionCellId) {
+void OmStreamWriter::BeginGroup(std::uint8_t tcid, std::int32_t groupCellId,
+                                std::int32_t dimensionCellId) {
   _my->TcidAnd(MessageCode::IPC_BEGIN_GROUP, tcid, groupCellId, dimensionCellId);
 }
 void OmStreamWriter::EndGroup(std::uint8_t tcid, std::int32_t dimensionCellId) {
@@ -396,13 +436,16 @@ void OmStreamWriter::EndGroup(std::uint8_t tcid, std::int32_t dimensionCellId) {
 void OmStreamWriter::CellDimension(std::uint8_t tcid, std::int32_t dimensionCellId) {
   _my->TcidAnd(MessageCode::IPC_CELL_DIMENSION, tcid, dimensionCellId);
 }
-void OmStreamWriter::Cell(std::uint8_t tcid, std::int32_t valueCellId, std::int32_t categoryCellId) {
+void OmStreamWriter::Cell(std::uint8_t tcid, std::int32_t valueCellId,
+                          std::int32_t categoryCellId) {
   _my->TcidAnd(MessageCode::IPC_CELL, tcid, valueCellId, categoryCellId);
 }
 void OmStreamWriter::CellCategory(std::uint8_t tcid, std::int32_t categoryCellId) {
   _my->TcidAnd(MessageCode::IPC_CELL_CATEGORY, tcid, categoryCellId);
 }
-void OmStreamWriter::EndTable(std::uint8_t tcid) { _my->TcidOnly(MessageCode::IPC_END_TABLE, tcid); }
+void OmStreamWriter::EndTable(std::uint8_t tcid) {
+  _my->TcidOnly(MessageCode::IPC_END_TABLE, tcid);
+}
 void OmStreamWriter::Dimension(std::uint8_t tcid, std::int32_t dimensionCellId) {
   _my->TcidAnd(MessageCode::IPC_DIMENSION, tcid, dimensionCellId);
 }
@@ -410,10 +453,17 @@ void OmStreamWriter::ScratchCategory(std::int32_t first, std::int32_t second) {
   _my->Ints(MessageCode::IPC_SCRATCH_CATEGORY, {first, second});
 }
 
-void OmStreamWriter::PlaceDimension(std::uint8_t tcid, std::int32_t dimensionCellId, std::int32_t position,
-                                    std::int32_t axis, std::int32_t flag1, std::int32_t flag2) {
+void OmStreamWriter::PlaceDimension(std::uint8_t tcid, std::int32_t dimensionCellId,
+                                    std::int32_t position, std::int32_t axis, std::int32_t flag1,
+                                    std::int32_t flag2) {
   PayloadBuilder b = _my->Payload();
-  b.Byte(tcid).Zeros(3).Int32(dimensionCellId).Int32(position).Int32(axis).Int32(flag1).Int32(flag2);
+  b.Byte(tcid)
+      .Zeros(3)
+      .Int32(dimensionCellId)
+      .Int32(position)
+      .Int32(axis)
+      .Int32(flag1)
+      .Int32(flag2);
   _my->Add(MessageCode::IPC_PLACE_DIMENSION, b);
 }
 
@@ -430,7 +480,9 @@ void OmStreamWriter::Ungroup(std::uint8_t tcid) { _my->TcidOnly(MessageCode::IPC
 void OmStreamWriter::CornerText(std::uint8_t tcid, std::int32_t cellId) {
   _my->TcidAnd(MessageCode::IPC_CORNER_TEXT, tcid, cellId);
 }
-void OmStreamWriter::ClearTableFlag(std::uint8_t tcid) { _my->TcidOnly(MessageCode::IPC_CLEAR_TABLE_FLAG, tcid); }
+void OmStreamWriter::ClearTableFlag(std::uint8_t tcid) {
+  _my->TcidOnly(MessageCode::IPC_CLEAR_TABLE_FLAG, tcid);
+}
 void OmStreamWriter::TableProperty(std::uint8_t tcid, std::int32_t property, std::int32_t cellId) {
   _my->TcidAnd(MessageCode::IPC_TABLE_PROPERTY, tcid, property, cellId);
 }
@@ -449,7 +501,9 @@ void OmStreamWriter::BackgroundColor(std::string_view colour) {
 void OmStreamWriter::TextColor(std::string_view colour) {
   _my->Colour(MessageCode::IPC_TEXT_COLOR, colour, "TextColor");
 }
-void OmStreamWriter::Marker(std::int32_t cellId) { _my->Ints(MessageCode::IPC_MARKER, {0, 0, cellId}); }
+void OmStreamWriter::Marker(std::int32_t cellId) {
+  _my->Ints(MessageCode::IPC_MARKER, {0, 0, cellId});
+}
 void OmStreamWriter::HideCategory() { _my->Empty(MessageCode::IPC_HIDE_CATEGORY); }
 
 void OmStreamWriter::MiscProperty(std::int32_t target, std::string_view text) {
@@ -460,7 +514,8 @@ void OmStreamWriter::MiscProperty(std::int32_t target, std::string_view text) {
 
 // ---- Charts, trees, models, interactive objects
 
-void OmStreamWriter::ChartXml(std::int8_t contentType, std::int8_t contentSubtype, std::string_view data) {
+void OmStreamWriter::ChartXml(std::int8_t contentType, std::int8_t contentSubtype,
+                              std::string_view data) {
   PayloadBuilder b = _my->Payload();
   b.Int8(contentType).Int8(contentSubtype).Zeros(2).Int32(TextLength(data, "ChartXml")).Text(data);
   _my->Add(MessageCode::IPC_CHART_XML, b);
@@ -479,7 +534,8 @@ void OmStreamWriter::TreeXml(std::int32_t index, std::int32_t type, std::string_
   _my->Add(MessageCode::IPC_TREE_XML, b);
 }
 
-void OmStreamWriter::InteractiveJson(std::int32_t a, std::int32_t contentType, std::string_view data) {
+void OmStreamWriter::InteractiveJson(std::int32_t a, std::int32_t contentType,
+                                     std::string_view data) {
   PayloadBuilder b = _my->Payload();
   b.Int32(a).Int32(contentType).Int32(TextLength(data, "InteractiveJson")).Text(data);
   _my->Add(MessageCode::IPC_INTERACTIVE_JSON, b);

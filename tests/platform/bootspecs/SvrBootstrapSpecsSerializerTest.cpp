@@ -37,7 +37,7 @@ TEST(SvrBootstrapSpecsSerializerTest, RoundTripKeepsEveryField) {
 TEST(SvrBootstrapSpecsSerializerTest, FieldsAreLittleEndianInTheirOrder) {
   SvrBootstrapSpecs specs;
   specs.SetNSamples(0x01020304);
-  specs.SetCILevelPct(95.0);  // 0x4057C00000000000
+  specs.SetCILevelPct(95.0); // 0x4057C00000000000
   specs.SetSamplingMethod(3);
   const std::string bytes = SvrBootstrapSpecsSerializer::serializeSpecs(specs);
   EXPECT_EQ(bytes, std::string("\x04\x03\x02\x01"
@@ -52,7 +52,8 @@ TEST(SvrBootstrapSpecsSerializerTest, EveryShorterTextIsRefused) {
   const std::string bytes = SvrBootstrapSpecsSerializer::serializeSpecs(StratifiedWithJackknife());
   for (std::size_t length = 0; length < bytes.size(); ++length) {
     SvrBootstrapSpecs read;
-    EXPECT_THROW(SvrBootstrapSpecsSerializer::deserializeSpecs(bytes.substr(0, length), read), OMSException)
+    EXPECT_THROW(SvrBootstrapSpecsSerializer::deserializeSpecs(bytes.substr(0, length), read),
+                 OMSException)
         << length << " bytes";
     EXPECT_EQ(read, SvrBootstrapSpecs()) << "a refused text leaves the record alone";
   }
@@ -80,7 +81,8 @@ TEST(SvrBootstrapSpecsSerializerTest, HugeCountsAreRefusedBeforeAllocating) {
     SvrBootstrapSpecsSerializer::deserializeSpecs(bytes, read);
     FAIL() << "4 billion boundaries in 24 bytes accepted";
   } catch (const OMSException& e) {
-    EXPECT_EQ(e.Message(), "SvrBootstrapSpecsSerializer::deserializeSpecs -- text ends in jackknife boundaries");
+    EXPECT_EQ(e.Message(),
+              "SvrBootstrapSpecsSerializer::deserializeSpecs -- text ends in jackknife boundaries");
   }
 }
 
@@ -90,14 +92,16 @@ TEST(SvrBootstrapSpecsSerializerTest, ConfidenceLevelMustLieStrictlyBetween0And1
     SvrBootstrapSpecs specs;
     specs.SetCILevelPct(level);
     SvrBootstrapSpecs read;
-    EXPECT_THROW(SvrBootstrapSpecsSerializer::deserializeSpecs(SvrBootstrapSpecsSerializer::serializeSpecs(specs), read),
+    EXPECT_THROW(SvrBootstrapSpecsSerializer::deserializeSpecs(
+                     SvrBootstrapSpecsSerializer::serializeSpecs(specs), read),
                  OMSException)
         << level;
   }
   SvrBootstrapSpecs edge;
   edge.SetCILevelPct(99.9);
   SvrBootstrapSpecs read;
-  SvrBootstrapSpecsSerializer::deserializeSpecs(SvrBootstrapSpecsSerializer::serializeSpecs(edge), read);
+  SvrBootstrapSpecsSerializer::deserializeSpecs(SvrBootstrapSpecsSerializer::serializeSpecs(edge),
+                                                read);
   EXPECT_EQ(read.GetCILevelPct(), 99.9);
 }
 

@@ -26,7 +26,8 @@ std::vector<MessageItem> Items(MessageHandler& handler) {
   return items;
 }
 
-void ExpectSameItems(const std::vector<MessageItem>& actual, const std::vector<MessageItem>& expected) {
+void ExpectSameItems(const std::vector<MessageItem>& actual,
+                     const std::vector<MessageItem>& expected) {
   ASSERT_EQ(actual.size(), expected.size());
   for (std::size_t i = 0; i < expected.size(); ++i) {
     EXPECT_EQ(actual[i].kind, expected[i].kind) << "item " << i;
@@ -50,7 +51,9 @@ void ExpectRefused(MessageHandler& handler, const std::string& payload, const st
 }
 
 const std::vector<MessageItem> kModelItems = {
-    {0, 0, 0, "Linear model"}, {2, 1, 0xFFFFFFFF, std::string("<PMML>\0</PMML>", 14)}, {5, 0, 3, "further text"}};
+    {0, 0, 0, "Linear model"},
+    {2, 1, 0xFFFFFFFF, std::string("<PMML>\0</PMML>", 14)},
+    {5, 0, 3, "further text"}};
 
 TEST(MessageHandlerTest, PartsInOrderCompleteTheMessageOnlyWithTheLastOne) {
   const std::vector<std::string> parts = SplitMessageBody(EncodeMessageItems(kModelItems), 3, 41);
@@ -61,7 +64,8 @@ TEST(MessageHandlerTest, PartsInOrderCompleteTheMessageOnlyWithTheLastOne) {
   unsigned kind = 0;
   unsigned extra = 0;
   bool flag = false;
-  EXPECT_FALSE(handler.getNextPart(kind, flag, extra, text)) << "no items before the message is complete";
+  EXPECT_FALSE(handler.getNextPart(kind, flag, extra, text))
+      << "no items before the message is complete";
   EXPECT_TRUE(Receive(handler, parts[2]));
   ExpectSameItems(Items(handler), kModelItems);
   EXPECT_FALSE(handler.getNextPart(kind, flag, extra, text)) << "false again after the last item";
@@ -93,22 +97,24 @@ TEST(MessageHandlerTest, PartOutOfOrderIsRefusedAndTheHandlerStartsAfresh) {
 TEST(MessageHandlerTest, PartOfAnotherMessageIsRefused) {
   MessageHandler handler;
   EXPECT_FALSE(Receive(handler, EncodeMessagePart(7, 0, 2, "ab")));
-  ExpectRefused(handler, EncodeMessagePart(8, 1, 2, "cd"), "MessageHandler::receiveMessage -- part of another message", 8,
-                7);
+  ExpectRefused(handler, EncodeMessagePart(8, 1, 2, "cd"),
+                "MessageHandler::receiveMessage -- part of another message", 8, 7);
   EXPECT_TRUE(Receive(handler, EncodeMessagePart(8, 0, 1, "")));
 }
 
 TEST(MessageHandlerTest, CountZeroOrAChangedCountIsRefused) {
   MessageHandler handler;
-  ExpectRefused(handler, EncodeMessagePart(3, 0, 0, ""), "MessageHandler::receiveMessage -- part count == 0", 3, 0);
+  ExpectRefused(handler, EncodeMessagePart(3, 0, 0, ""),
+                "MessageHandler::receiveMessage -- part count == 0", 3, 0);
   EXPECT_FALSE(Receive(handler, EncodeMessagePart(3, 0, 3, "")));
-  ExpectRefused(handler, EncodeMessagePart(3, 1, 2, ""), "MessageHandler::receiveMessage -- part count changed", 2, 3);
+  ExpectRefused(handler, EncodeMessagePart(3, 1, 2, ""),
+                "MessageHandler::receiveMessage -- part count changed", 2, 3);
 }
 
 TEST(MessageHandlerTest, PayloadShorterThanThePartHeaderIsRefused) {
   MessageHandler handler;
-  ExpectRefused(handler, std::string(11, '\0'), "MessageHandler::receiveMessage -- part shorter than its header", 12,
-                11);
+  ExpectRefused(handler, std::string(11, '\0'),
+                "MessageHandler::receiveMessage -- part shorter than its header", 12, 11);
   EXPECT_THROW(handler.receiveMessage(nullptr, 20), OMSException);
 }
 
@@ -154,8 +160,10 @@ TEST(MessageHandlerTest, TextLengthBeyondTheBodyIsRefusedWithoutReading) {
 
 TEST(MessageHandlerTest, NextMessageStartsAfterACompleteOne) {
   MessageHandler handler;
-  ASSERT_TRUE(Receive(handler, EncodeMessagePart(1, 0, 1, EncodeMessageItems({{0, 0, 0, "first"}}))));
-  const std::vector<std::string> parts = SplitMessageBody(EncodeMessageItems({{0, 0, 0, "second"}}), 2, 2);
+  ASSERT_TRUE(
+      Receive(handler, EncodeMessagePart(1, 0, 1, EncodeMessageItems({{0, 0, 0, "first"}}))));
+  const std::vector<std::string> parts =
+      SplitMessageBody(EncodeMessageItems({{0, 0, 0, "second"}}), 2, 2);
   EXPECT_FALSE(Receive(handler, parts[0]));
   EXPECT_TRUE(Receive(handler, parts[1]));
   ExpectSameItems(Items(handler), {{0, 0, 0, "second"}});

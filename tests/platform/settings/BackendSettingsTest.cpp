@@ -93,10 +93,12 @@ TEST(BackendSettingsTest, MalformedNumbersNameTheKeyAndLine) {
     double line;
   } cases[] = {
       {"maxcells=12a", "BackendSettings::setSettings -- malformed value for key maxcells", 1},
-      {"procedure=x\nmaxcells=", "BackendSettings::setSettings -- malformed value for key maxcells", 2},
+      {"procedure=x\nmaxcells=", "BackendSettings::setSettings -- malformed value for key maxcells",
+       2},
       {"maxcells=-1", "BackendSettings::setSettings -- malformed value for key maxcells", 1},
       {"maxcells= 5", "BackendSettings::setSettings -- malformed value for key maxcells", 1},
-      {"MaxCells=99999999999", "BackendSettings::setSettings -- malformed value for key maxcells", 1},
+      {"MaxCells=99999999999", "BackendSettings::setSettings -- malformed value for key maxcells",
+       1},
       {"\n\nunicode=yes", "BackendSettings::setSettings -- malformed value for key unicode", 3},
       {"bootstrapped=2", "BackendSettings::setSettings -- malformed value for key bootstrapped", 1},
       {"fasttables=", "BackendSettings::setSettings -- malformed value for key fasttables", 1},

@@ -12,7 +12,9 @@ namespace {
 
 using ByteOrder = OmStreamWriter::ByteOrder;
 
-bool Contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
 
 // One record of every kind the writer makes, in the given order.
 OmStreamWriter EveryMessage(ByteOrder order) {
@@ -96,7 +98,8 @@ TEST(OmRecordDescriberTest, DecodesFieldsByName) {
   EXPECT_EQ(describer.Describe(writer.Records()[1]),
             "IPC_BEGIN_TABLE (268) 13 bytes: tcid=3 title=1 subtype=2 flag=1");
   EXPECT_EQ(describer.Describe(writer.Records()[2]),
-            "IPC_DATA_VALUE (309) 32 bytes: cell=9 display=0 format=0x00050802 nameLength=3 labelLength=6 "
+            "IPC_DATA_VALUE (309) 32 bytes: cell=9 display=0 format=0x00050802 nameLength=3 "
+            "labelLength=6 "
             "valueLength=1 name=\"sex\" value=\"m\" label=\"Gender\"");
 }
 
@@ -111,7 +114,8 @@ TEST(OmRecordDescriberTest, FollowsTheByteOrderThatTheStreamAnnounces) {
   EXPECT_TRUE(Contains(describer.Describe(writer.Records()[0]), "value=738263040"));
   EXPECT_TRUE(Contains(describer.Describe(writer.Records()[1]), "probe=16777216 (swapped sender)"));
   EXPECT_TRUE(describer.SwapBytes());
-  EXPECT_TRUE(Contains(describer.Describe(writer.Records()[2]), "value=300 format=0x00050802 cell=1"));
+  EXPECT_TRUE(
+      Contains(describer.Describe(writer.Records()[2]), "value=300 format=0x00050802 cell=1"));
   describer.Describe(writer.Records()[3]);
   EXPECT_FALSE(describer.SwapBytes());
 }
@@ -123,27 +127,31 @@ TEST(OmRecordDescriberTest, TextsAreQuotedEscapedAndCut) {
   OmRecordDescriber describer;
   EXPECT_TRUE(Contains(describer.Describe(writer.Records()[0]), "text=\"a\\\"b\\\\c\\n\\x01\""));
   const std::string cut = describer.Describe(writer.Records()[1]);
-  EXPECT_TRUE(Contains(cut, "\"" + std::string(OmRecordDescriber::kTextShown, 'x') + "\"...(100 bytes)")) << cut;
+  EXPECT_TRUE(
+      Contains(cut, "\"" + std::string(OmRecordDescriber::kTextShown, 'x') + "\"...(100 bytes)"))
+      << cut;
 }
 
 TEST(OmRecordDescriberTest, EveryShortenedRecordSaysTruncatedAndStaysInsideThePayload) {
   for (ByteOrder order : {ByteOrder::LittleEndian, ByteOrder::BigEndian}) {
     const OmStreamWriter writer = EveryMessage(order);
     for (const OmStreamRecord& record : writer.Records()) {
-      const bool multiPart = record.code == static_cast<std::int16_t>(MessageCode::IPC_END_PROCEDURE) ||
-                             record.code == static_cast<std::int16_t>(MessageCode::IPC_MODEL_PMML);
+      const bool multiPart =
+          record.code == static_cast<std::int16_t>(MessageCode::IPC_END_PROCEDURE) ||
+          record.code == static_cast<std::int16_t>(MessageCode::IPC_MODEL_PMML);
       const bool swapped = order == ByteOrder::BigEndian;
       OmRecordDescriber full;
       full.SwapBytes(swapped);
       EXPECT_FALSE(Contains(full.Describe(record), "truncated")) << full.Describe(record);
       for (std::size_t length = 0; length < record.payload.size(); ++length) {
         // A copy of exactly `length` bytes, so that the sanitizers catch any read past it.
-        const std::vector<std::uint8_t> shortened(record.payload.begin(),
-                                                  record.payload.begin() + static_cast<std::ptrdiff_t>(length));
+        const std::vector<std::uint8_t> shortened(
+            record.payload.begin(), record.payload.begin() + static_cast<std::ptrdiff_t>(length));
         OmRecordDescriber describer;
         describer.SwapBytes(swapped);
-        const std::string text = describer.Describe(record.code, shortened.data(), shortened.size());
-        if (multiPart && length >= 12) continue;  // the share may be any length
+        const std::string text =
+            describer.Describe(record.code, shortened.data(), shortened.size());
+        if (multiPart && length >= 12) continue; // the share may be any length
         EXPECT_TRUE(Contains(text, "truncated")) << text;
       }
     }
@@ -152,14 +160,18 @@ TEST(OmRecordDescriberTest, EveryShortenedRecordSaysTruncatedAndStaysInsideThePa
 
 TEST(OmRecordDescriberTest, LyingLengthsAreNotFollowed) {
   OmStreamWriter writer;
-  writer.Record(static_cast<std::int16_t>(MessageCode::IPC_OUTLINE_TEXT), std::string_view("\xE8\x03\0\0abc", 7));
-  writer.Record(static_cast<std::int16_t>(MessageCode::IPC_OUTLINE_TEXT), std::string_view("\xFF\xFF\xFF\xFF", 4));
+  writer.Record(static_cast<std::int16_t>(MessageCode::IPC_OUTLINE_TEXT),
+                std::string_view("\xE8\x03\0\0abc", 7));
+  writer.Record(static_cast<std::int16_t>(MessageCode::IPC_OUTLINE_TEXT),
+                std::string_view("\xFF\xFF\xFF\xFF", 4));
   writer.Record(static_cast<std::int16_t>(MessageCode::IPC_OUTPUT_SETTING), std::string(20, 'k'));
   OmRecordDescriber describer;
-  EXPECT_EQ(describer.Describe(writer.Records()[0]), "IPC_OUTLINE_TEXT (317) 7 bytes: length=1000 text=\"abc\" truncated");
+  EXPECT_EQ(describer.Describe(writer.Records()[0]),
+            "IPC_OUTLINE_TEXT (317) 7 bytes: length=1000 text=\"abc\" truncated");
   EXPECT_EQ(describer.Describe(writer.Records()[1]),
             "IPC_OUTLINE_TEXT (317) 4 bytes: length=-1 text=<bad length -1> truncated");
-  EXPECT_EQ(describer.Describe(writer.Records()[2]), "IPC_OUTPUT_SETTING (34) 20 bytes: keyword=\"kkkk\" truncated");
+  EXPECT_EQ(describer.Describe(writer.Records()[2]),
+            "IPC_OUTPUT_SETTING (34) 20 bytes: keyword=\"kkkk\" truncated");
 }
 
 TEST(OmRecordDescriberTest, UnknownCodesShowTheirFirstBytes) {
@@ -173,10 +185,12 @@ TEST(OmRecordDescriberTest, UnknownCodesShowTheirFirstBytes) {
 
 TEST(OmRecordDescriberTest, ExtraBytesAndContinuedStringsAreMarked) {
   OmStreamWriter writer;
-  writer.Record(static_cast<std::int16_t>(MessageCode::IPC_BEGIN_NODE), std::string_view("\x01\0\0\0\x09\x09", 6));
+  writer.Record(static_cast<std::int16_t>(MessageCode::IPC_BEGIN_NODE),
+                std::string_view("\x01\0\0\0\x09\x09", 6));
   writer.String(1, std::string(40000, 's'), 0);
   OmRecordDescriber describer;
-  EXPECT_EQ(describer.Describe(writer.Records()[0]), "IPC_BEGIN_NODE (278) 6 bytes: cell=1 (+2 extra bytes)");
+  EXPECT_EQ(describer.Describe(writer.Records()[0]),
+            "IPC_BEGIN_NODE (278) 6 bytes: cell=1 (+2 extra bytes)");
   EXPECT_TRUE(Contains(describer.Describe(writer.Records()[1]), "(continued)"));
   EXPECT_FALSE(Contains(describer.Describe(writer.Records()[2]), "(continued)"));
 }

@@ -74,8 +74,9 @@ TEST(OmStreamReaderTest, MemoryRoundTripGivesBackEveryRecordInBothByteOrders) {
 
 TEST(OmStreamReaderTest, FileRoundTripMatchesTheMemoryOne) {
   const OmStreamWriter writer = SampleStream(ByteOrder::BigEndian);
-  const std::string path =
-      (std::filesystem::temp_directory_path() / ("omstream_reader_" + std::to_string(::getpid()) + ".oms")).string();
+  const std::string path = (std::filesystem::temp_directory_path() /
+                            ("omstream_reader_" + std::to_string(::getpid()) + ".oms"))
+                               .string();
   writer.Save(path);
   OmStreamReader reader = OmStreamReader::FromFile(path);
   EXPECT_EQ(ReadAll(reader), writer.Records());
@@ -101,14 +102,15 @@ TEST(OmStreamReaderTest, NegativeAndUnknownCodesArePassedOn) {
 TEST(OmStreamReaderTest, TruncatedPayloadIsReportedAfterTheCompleteRecords) {
   const OmStreamWriter writer = SampleStream(ByteOrder::LittleEndian);
   std::vector<std::uint8_t> bytes = writer.FileBytes();
-  bytes.pop_back();  // the last record (the second end part) loses one payload byte
+  bytes.pop_back(); // the last record (the second end part) loses one payload byte
   OmStreamReader reader(std::move(bytes));
   double number = 0;
   double offset = 0;
   std::string message;
   const auto records = ReadUntilFailure(reader, number, offset, message);
   const std::size_t last = writer.Records().size() - 1;
-  EXPECT_EQ(records, std::vector<OmStreamRecord>(writer.Records().begin(), writer.Records().begin() + last));
+  EXPECT_EQ(records,
+            std::vector<OmStreamRecord>(writer.Records().begin(), writer.Records().begin() + last));
   EXPECT_EQ(message, "OmStreamReader::Next -- record payload truncated");
   EXPECT_EQ(number, static_cast<double>(last + 1));
   EXPECT_EQ(offset, static_cast<double>(RecordOffset(writer, last)));
@@ -156,7 +158,8 @@ TEST(OmStreamReaderTest, RefusesFilesThatAreNotVersionOneStreams) {
     bytes[offset] = value;
     return bytes;
   };
-  EXPECT_THROW(OmStreamReader(std::vector<std::uint8_t>(good.begin(), good.begin() + 15)), OMSException);
+  EXPECT_THROW(OmStreamReader(std::vector<std::uint8_t>(good.begin(), good.begin() + 15)),
+               OMSException);
   EXPECT_THROW(OmStreamReader(std::vector<std::uint8_t>()), OMSException);
   EXPECT_THROW(OmStreamReader(with(0, 'X')), OMSException);
   EXPECT_THROW(OmStreamReader(with(8, 2)), OMSException);

@@ -25,7 +25,8 @@ std::vector<MessageItem> Reassemble(const std::vector<OmStreamRecord>& records) 
   bool complete = false;
   for (const OmStreamRecord& record : records) {
     EXPECT_FALSE(complete) << "a part arrived after the message was complete";
-    complete = handler.receiveMessage(record.payload.data(), static_cast<unsigned>(record.payload.size()));
+    complete =
+        handler.receiveMessage(record.payload.data(), static_cast<unsigned>(record.payload.size()));
   }
   EXPECT_TRUE(complete);
   std::vector<MessageItem> items;
@@ -73,7 +74,7 @@ struct IntLayout {
   MessageCode code;
   std::size_t size;
   std::vector<std::pair<std::size_t, std::int32_t>> ints;
-  int tcid;  // -1 when the message has none
+  int tcid; // -1 when the message has none
 };
 
 TEST_P(OmStreamWriterLayoutTest, IntegerFieldsSitAtTheTableOffsetsInTheSendersOrder) {
@@ -116,7 +117,8 @@ TEST_P(OmStreamWriterLayoutTest, IntegerFieldsSitAtTheTableOffsetsInTheSendersOr
     const OmStreamRecord& record = Only(writer, layout.code);
     PayloadFields fields(record.payload, BigEndian());
     EXPECT_EQ(fields.Size(), layout.size);
-    for (const auto& [offset, value] : layout.ints) EXPECT_EQ(fields.Int32(offset), value) << "offset " << offset;
+    for (const auto& [offset, value] : layout.ints)
+      EXPECT_EQ(fields.Int32(offset), value) << "offset " << offset;
     if (layout.tcid >= 0) {
       EXPECT_EQ(fields.Byte(0), layout.tcid);
       EXPECT_EQ(fields.Text(1, 3), std::string(3, '\0')) << "bytes after the TCID are reserved";
@@ -133,8 +135,10 @@ TEST_P(OmStreamWriterLayoutTest, MessagesWithoutFieldsHaveEmptyPayloads) {
   _writer.Bold();
   _writer.HideCategory();
   const std::vector<MessageCode> codes = {
-      MessageCode::IPC_BEGIN_REPEAT_LIST, MessageCode::IPC_END_REPEAT_LIST, MessageCode::IPC_END_NODE,
-      MessageCode::IPC_FLUSH_LOG, MessageCode::IPC_REFRESH, MessageCode::IPC_BOLD, MessageCode::IPC_HIDE_CATEGORY};
+      MessageCode::IPC_BEGIN_REPEAT_LIST, MessageCode::IPC_END_REPEAT_LIST,
+      MessageCode::IPC_END_NODE,          MessageCode::IPC_FLUSH_LOG,
+      MessageCode::IPC_REFRESH,           MessageCode::IPC_BOLD,
+      MessageCode::IPC_HIDE_CATEGORY};
   ASSERT_EQ(_writer.Records().size(), codes.size());
   for (std::size_t i = 0; i < codes.size(); ++i) {
     EXPECT_EQ(_writer.Records()[i].code, Code(codes[i]));
@@ -149,8 +153,11 @@ TEST_P(OmStreamWriterLayoutTest, TcidOnlyMessagesAndSwapBytesAreOneByte) {
   _writer.SwapBytes(true);
   _writer.SwapBytes(false);
   const std::vector<std::pair<MessageCode, std::uint8_t>> expected = {
-      {MessageCode::IPC_END_TABLE, 12}, {MessageCode::IPC_UNGROUP, 13}, {MessageCode::IPC_CLEAR_TABLE_FLAG, 14},
-      {MessageCode::IPC_SWAP_BYTES, 1}, {MessageCode::IPC_SWAP_BYTES, 0}};
+      {MessageCode::IPC_END_TABLE, 12},
+      {MessageCode::IPC_UNGROUP, 13},
+      {MessageCode::IPC_CLEAR_TABLE_FLAG, 14},
+      {MessageCode::IPC_SWAP_BYTES, 1},
+      {MessageCode::IPC_SWAP_BYTES, 0}};
   ASSERT_EQ(_writer.Records().size(), expected.size());
   for (std::size_t i = 0; i < expected.size(); ++i) {
     EXPECT_EQ(_writer.Records()[i].code, Code(expected[i].first));
@@ -375,8 +382,10 @@ TEST_P(OmStreamWriterLayoutTest, EndProcedureDeliversTheSpecsTextThroughTheMessa
 }
 
 TEST_P(OmStreamWriterLayoutTest, ModelItemsSurviveAnySplit) {
-  const std::vector<MessageItem> items = {
-      {0, 0, 0, "Model label"}, {1, 1, 42, std::string(1000, 'p')}, {5, 0, 0, "further"}, {3, 0, 7, ""}};
+  const std::vector<MessageItem> items = {{0, 0, 0, "Model label"},
+                                          {1, 1, 42, std::string(1000, 'p')},
+                                          {5, 0, 0, "further"},
+                                          {3, 0, 7, ""}};
   for (std::uint32_t parts : {1u, 2u, 7u, 5000u}) {
     SCOPED_TRACE(parts);
     OmStreamWriter writer(GetParam());
@@ -461,7 +470,8 @@ TEST(OmStreamWriterChunkingTest, ChunksThatWouldEndTheStringEarlyAreRefused) {
 }
 
 // Applies the factory's long-string rule to the records and returns parts A and B of the cell.
-std::pair<std::string, std::string> AssembleLongString(const OmStreamWriter& writer, std::int32_t& kind) {
+std::pair<std::string, std::string> AssembleLongString(const OmStreamWriter& writer,
+                                                       std::int32_t& kind) {
   std::string partA;
   std::string partB;
   for (const OmStreamRecord& record : writer.Records()) {
@@ -516,7 +526,8 @@ TEST(OmStreamWriterTest, RefusesFieldsThatTheirMessageCannotCarry) {
   EXPECT_THROW(writer.OutputSetting("OLANG", std::string("a\0b", 3)), OMSException);
   EXPECT_THROW(writer.ConversionName(1, std::string(256, 'n')), OMSException);
   EXPECT_THROW(writer.DataValue(1, 0, 0, "v", "l", std::string_view()), OMSException);
-  EXPECT_THROW(writer.DataValue(1, 0, 0, "v", "l", std::string_view(std::string(32768, 'v'))), OMSException);
+  EXPECT_THROW(writer.DataValue(1, 0, 0, "v", "l", std::string_view(std::string(32768, 'v'))),
+               OMSException);
   EXPECT_THROW(writer.ModelPMML({}, 0), OMSException);
   EXPECT_THROW(writer.LongString(1, 0, "a", "b", 0), OMSException);
   EXPECT_TRUE(writer.Records().empty());

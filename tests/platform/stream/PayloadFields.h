@@ -15,7 +15,8 @@ public:
       : _payload(payload), _bigEndian(bigEndian) {}
 
   std::uint64_t Unsigned(std::size_t offset, std::size_t width, bool bigEndian) const {
-    EXPECT_LE(offset + width, _payload.size()) << "field at " << offset << " lies outside the payload";
+    EXPECT_LE(offset + width, _payload.size())
+        << "field at " << offset << " lies outside the payload";
     if (offset + width > _payload.size()) return 0;
     std::uint64_t value = 0;
     for (std::size_t i = 0; i < width; ++i) {
@@ -47,7 +48,8 @@ public:
     return static_cast<std::uint8_t>(Unsigned(offset, 1, false));
   }
   std::string Text(std::size_t offset, std::size_t length) const {
-    EXPECT_LE(offset + length, _payload.size()) << "text at " << offset << " lies outside the payload";
+    EXPECT_LE(offset + length, _payload.size())
+        << "text at " << offset << " lies outside the payload";
     if (offset + length > _payload.size()) return {};
     return std::string(_payload.begin() + static_cast<std::ptrdiff_t>(offset),
                        _payload.begin() + static_cast<std::ptrdiff_t>(offset + length));
