@@ -105,15 +105,6 @@ TEST(SvrBootstrapSpecsSerializerTest, ConfidenceLevelMustLieStrictlyBetween0And1
   EXPECT_EQ(read.GetCILevelPct(), 99.9);
 }
 
-TEST(SvrBootstrapSpecsTest, DefaultsAreAThousandSamplesAt95PercentWithoutJackknife) {
-  const SvrBootstrapSpecs specs;
-  EXPECT_EQ(specs.GetNSamples(), 1000u);
-  EXPECT_EQ(specs.GetCILevelPct(), 95.0);
-  EXPECT_EQ(specs.GetSamplingMethod(), 0u);
-  EXPECT_TRUE(specs.GetJackknifeBoundaries().empty());
-  EXPECT_TRUE(specs.GetJackknifeList().empty());
-}
-
 TEST(SvrBootstrapSpecsTest, CopiesAreIndependent) {
   SvrBootstrapSpecs original = StratifiedWithJackknife();
   SvrBootstrapSpecs copy = original;

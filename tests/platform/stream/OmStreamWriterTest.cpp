@@ -126,26 +126,6 @@ TEST_P(OmStreamWriterLayoutTest, IntegerFieldsSitAtTheTableOffsetsInTheSendersOr
   }
 }
 
-TEST_P(OmStreamWriterLayoutTest, MessagesWithoutFieldsHaveEmptyPayloads) {
-  _writer.BeginRepeatList();
-  _writer.EndRepeatList();
-  _writer.EndNode();
-  _writer.FlushLog();
-  _writer.Refresh();
-  _writer.Bold();
-  _writer.HideCategory();
-  const std::vector<MessageCode> codes = {
-      MessageCode::IPC_BEGIN_REPEAT_LIST, MessageCode::IPC_END_REPEAT_LIST,
-      MessageCode::IPC_END_NODE,          MessageCode::IPC_FLUSH_LOG,
-      MessageCode::IPC_REFRESH,           MessageCode::IPC_BOLD,
-      MessageCode::IPC_HIDE_CATEGORY};
-  ASSERT_EQ(_writer.Records().size(), codes.size());
-  for (std::size_t i = 0; i < codes.size(); ++i) {
-    EXPECT_EQ(_writer.Records()[i].code, Code(codes[i]));
-    EXPECT_TRUE(_writer.Records()[i].payload.empty());
-  }
-}
-
 TEST_P(OmStreamWriterLayoutTest, TcidOnlyMessagesAndSwapBytesAreOneByte) {
   _writer.EndTable(12);
   _writer.Ungroup(13);
@@ -558,16 +538,6 @@ TEST(OmStreamWriterTest, FileBytesStartWithTheHeaderAndListRecordsLittleEndian) 
   EXPECT_EQ(fields.Int32(36), 1);
   EXPECT_EQ(fields.Text(40, 1), "z");
   EXPECT_EQ(bytes.size(), 41u);
-}
-
-TEST(OmStreamWriterTest, CopiesAreIndependent) {
-  OmStreamWriter writer;
-  writer.Bold();
-  OmStreamWriter copy = writer;
-  copy.Bold();
-  writer.Clear();
-  EXPECT_TRUE(writer.Records().empty());
-  EXPECT_EQ(copy.Records().size(), 2u);
 }
 
 } // namespace
