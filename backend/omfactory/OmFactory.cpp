@@ -93,3 +93,6 @@ void OmFactory::ImputationOutput(bool& pooled, bool& observed, bool& imputed,
   imputed = _my->_imputed;
   diagnostics = _my->_diagnostics;
 }
+
+std::size_t OmFactory::RecoveredErrorCount() const { return _my->_recoveredErrors; }
+const OMSException* OmFactory::LastRecoveredError() const { return _my->_lastError.get(); }

@@ -12,6 +12,7 @@
 #include "platform/outputmodel/OmCellText.h"
 
 class ExtNameStr;
+class OMSException;
 class OMSObjectSelector;
 class OmOutputTree;
 class OmProcedureFactory;
@@ -114,6 +115,10 @@ public:
   bool LabelsOnly() const;
   // The MIOUTPUT flags handed to the end of each procedure.
   void ImputationOutput(bool& pooled, bool& observed, bool& imputed, bool& diagnostics) const;
+  // How many OMSExceptions Message has recovered from or dropped, and the last of them (null
+  // before the first), so that a host can report failures the stream itself never sees.
+  std::size_t RecoveredErrorCount() const;
+  const OMSException* LastRecoveredError() const;
 
 private:
   // The session state and the dispatcher (OmFactoryData.h).

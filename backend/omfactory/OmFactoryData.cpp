@@ -84,7 +84,9 @@ void OmFactory::Data::Message(short code, unsigned length, const void* payload) 
     SalvageOrDrop();
     _pProc.reset();
     throw;
-  } catch (const OMSException&) {
+  } catch (const OMSException& error) {
+    ++_recoveredErrors;
+    _lastError = std::make_unique<OMSException>(error);
     if (!_pProc) return;
     SalvageOrDrop();
   }
@@ -119,6 +121,7 @@ void OmFactory::Data::Salvage() {
 
 void OmFactory::Data::EndProcedureState() {
   _pProc.reset();
+  _procedureEnding = false;
   _pivots.fill(nullptr);
   _cells.Clear();
   _selector.SetCommand("");
@@ -180,8 +183,13 @@ void OmFactory::Data::AppendProc(unsigned length, const void* payload) {
   }
 
   if (_pProc) {
-    _pProc->EndProcedure(std::uint32_t(specs.size()), specs.data(), _pooled, _observed, _imputed,
-                         _diagnostics);
+    // Recovery from a failure inside EndProcedure appends what it had finished; it is not run
+    // twice.
+    if (!_procedureEnding) {
+      _procedureEnding = true;
+      _pProc->EndProcedure(std::uint32_t(specs.size()), specs.data(), _pooled, _observed,
+                           _imputed, _diagnostics);
+    }
     OmOutputTree& procTree = _pProc->Tree();
     if (procTree.Size() >= 2) {
       OmOutputPart* first = procTree.Root().FirstChild().Value();

@@ -16,6 +16,7 @@
 #include "backend/omfactory/OmStringAssembler.h"
 #include "backend/omfactory/translate/OmOutputTreeTranslator.h"
 #include "backend/omsopmgr/OmFactorySelector.h"
+#include "platform/errors/OMSException.h"
 #include "platform/outputmodel/OmStringCell.h"
 #include "platform/stringtables/ExtNameStr.h"
 #include "platform/stringtables/FacSTDictionary.h"
@@ -125,6 +126,8 @@ struct OmFactory::Data {
   bool _diagnostics = true;
 
   std::vector<OmFactory::Observer*> _observers;
+  std::size_t _recoveredErrors = 0;
+  std::unique_ptr<OMSException> _lastError;
 
   // Message decoding state.
   OmCellSlots _cells;
@@ -136,5 +139,7 @@ struct OmFactory::Data {
 
   // Declared after the selector, translator and trackers it refers to, so destroyed before them.
   std::unique_ptr<OmProcedureFactory> _pProc;
+  // EndProcedure was called on _pProc.
+  bool _procedureEnding = false;
   std::unique_ptr<MessageHandler> _messageHandler;
 };

@@ -1,0 +1,186 @@
+// Shared set-up of the factory session tests: a session on a fresh output tree, a stream writer in
+// the byte order under test whose records are fed to the session, an observer that records what
+// it is told, and helpers that open procedures and tables and read what they built.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "backend/omfactory/OmFactory.h"
+#include "backend/omfactory/procedure/OmProcedureFactory.h"
+#include "backend/omsopmgr/OMSObjectSelector.h"
+#include "platform/outputmodel/OmOutputTree.h"
+#include "platform/outputmodel/OmPivotTable.h"
+#include "platform/outputmodel/OmProcedure.h"
+#include "platform/outputmodel/OmTextBlock.h"
+#include "platform/stream/OmStreamWriter.h"
+
+namespace sessiontest {
+
+using ByteOrder = OmStreamWriter::ByteOrder;
+
+// Remembers every notification in order as short texts ("output", "wants", "log:text"...).
+class RecordingObserver : public OmFactory::Observer {
+public:
+  explicit RecordingObserver(bool wants = true) : _wants(wants) {}
+
+  void ProcedureOutput(OmOutputTree& procTree) override {
+    events.push_back("output");
+    offeredSizes.push_back(procTree.Size());
+  }
+  bool WantsOutput() override {
+    events.push_back("wants");
+    return _wants;
+  }
+  void LogLine(const std::string& line) override { events.push_back("log:" + line); }
+  void FlushLog() override { events.push_back("flush"); }
+  void Refresh() override { events.push_back("refresh"); }
+  void PageTitle(const std::string& title, const std::string& subtitle) override {
+    events.push_back("title:" + title + "|" + subtitle);
+  }
+  void OutputAppended(OmOutputTree& outputTree) override {
+    events.push_back("appended");
+    appendedTree = &outputTree;
+  }
+
+  std::vector<std::string> events;
+  std::vector<std::size_t> offeredSizes;
+  OmOutputTree* appendedTree = nullptr;
+
+private:
+  bool _wants;
+};
+
+inline std::string Settings(const std::string& procedure = "Descriptives",
+                            const std::string& extra = "") {
+  return "procedure=" + procedure + "\ntranslated=" + procedure + "\n" + extra;
+}
+
+// The parts of type P in tree order.
+template <class P>
+std::vector<P*> PartsOf(OmOutputTree& tree) {
+  std::vector<P*> parts;
+  for (OmOutputPart* part : tree) {
+    if (auto* p = dynamic_cast<P*>(part)) parts.push_back(p);
+  }
+  return parts;
+}
+
+// The parts of a tree in order, as "level:kind:label" (a node without a part as "level:-").
+inline std::vector<std::string> Outline(OmOutputTree& tree) {
+  std::vector<std::string> lines;
+  for (OmOutputTree::Node n = tree.Begin(); !n.IsEnd(); ++n) {
+    OmOutputPart* part = n.Value();
+    std::string line = std::to_string(n.Level()) + ":";
+    line += part ? std::string(part->KindName()) + ":" + part->LabelText() : std::string("-");
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+class SessionTest : public ::testing::Test {
+protected:
+  SessionTest() { Reopen(); }
+
+  // Writes as a sender of that byte order from now on, on a new session.
+  void UseOrder(ByteOrder order) {
+    writer = OmStreamWriter(order);
+    Reopen();
+  }
+
+  // A new session on a new tree with the current request list; observers are registered again.
+  void Reopen() {
+    factory.reset();
+    tree = std::make_unique<OmOutputTree>();
+    factory = std::make_unique<OmFactory>(tree.get(), std::string(), "UTF-8", requests);
+    factory->Register(&observer);
+    writer.Clear();
+    // A big-endian sender announces itself; the session starts out not swapping.
+    writer.ByteOrderProbe();
+  }
+
+  // Feeds every record written so far to the session and forgets them. Each payload is a copy:
+  // the session decodes in place.
+  void Feed() {
+    std::vector<OmStreamRecord> records = writer.Records();
+    writer.Clear();
+    for (OmStreamRecord& record : records) {
+      factory->Message(record.code, unsigned(record.payload.size()), record.payload.data());
+    }
+  }
+
+  // A raw message, fed at once.
+  void Send(std::int16_t code, std::vector<std::uint8_t> payload) {
+    factory->Message(code, unsigned(payload.size()), payload.data());
+  }
+
+  // The next free cell id holding a non-translatable string.
+  std::int32_t Str(const std::string& text) {
+    const std::int32_t id = _nextCell++;
+    writer.String(id, text, 1);
+    return id;
+  }
+  std::int32_t Num(double value) {
+    const std::int32_t id = _nextCell++;
+    writer.Number(id, value, 0x050802);
+    return id;
+  }
+
+  void BeginProcedure(std::int64_t id = 1, const std::string& settings = Settings()) {
+    writer.BeginProcedure(id, settings);
+    Feed();
+  }
+  void EndProcedure() {
+    writer.EndProcedure();
+    Feed();
+  }
+
+  // Opens table tcid labelled title with subtype "Descriptive Statistics".
+  void BeginTable(std::uint8_t tcid, const std::string& title) {
+    writer.BeginTable(tcid, Str(title), Str("Descriptive Statistics"));
+    Feed();
+  }
+
+  // The tables of the open procedure.
+  std::vector<OmPivotTable*> OpenTables() {
+    if (factory->Procedure() == nullptr) return {};
+    return PartsOf<OmPivotTable>(factory->Procedure()->Tree());
+  }
+  OmPivotTable& OpenTable(std::size_t index = 0) {
+    std::vector<OmPivotTable*> tables = OpenTables();
+    if (index >= tables.size()) throw std::runtime_error("no such open table");
+    return *tables[index];
+  }
+
+  // A cell waiting in slot id, as its text; "<empty>" for an empty slot.
+  std::string Pending(std::int32_t id) {
+    const OmCellText* cell = factory->PendingCell(id);
+    return cell ? cell->Text() : "<empty>";
+  }
+
+  std::vector<OMSObjectSelector> requests;
+  std::unique_ptr<OmOutputTree> tree;
+  RecordingObserver observer;
+  std::unique_ptr<OmFactory> factory;
+  OmStreamWriter writer;
+
+private:
+  std::int32_t _nextCell = 1;
+};
+
+// The same tests in both byte orders of the sender.
+class BothOrdersTest : public SessionTest, public ::testing::WithParamInterface<ByteOrder> {
+protected:
+  void SetUp() override { UseOrder(GetParam()); }
+};
+
+inline std::string OrderName(const ::testing::TestParamInfo<ByteOrder>& info) {
+  return info.param == ByteOrder::LittleEndian ? "LittleEndian" : "BigEndian";
+}
+
+}  // namespace sessiontest
