@@ -1,0 +1,32 @@
+// The bundled example streams (examples/*.oms), written message by message as a procedure of the
+// server would send them. examplegen saves them; a test checks that the committed files are what
+// this code writes.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/stream/OmStreamWriter.h"
+
+class OmExampleStreams {
+public:
+  struct Example {
+    std::string name;  // file name without ".oms"
+    OmStreamWriter stream;
+  };
+
+  // Descriptives of three variables: log, a notes table, a heading and a statistics table with
+  // grouped columns, footnotes and a marker.
+  static OmStreamWriter Descriptives();
+  // Crosstabs sent from a big-endian machine: a case processing summary with nested column
+  // groups, and a crosstabulation with grouped categories, a layer dimension and composite labels.
+  static OmStreamWriter Crosstabs();
+  // Descriptives under SPLIT FILE by region with German output: one split table filled group by
+  // group through split categories.
+  static OmStreamWriter SplitFile();
+  // Log lines between page titles, and a procedure that prints a text block.
+  static OmStreamWriter LogPages();
+
+  // Every example, in file-name order.
+  static std::vector<Example> All();
+};

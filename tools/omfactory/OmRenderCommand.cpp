@@ -1,0 +1,204 @@
+#include "tools/omfactory/OmRenderCommand.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <new>
+#include <optional>
+#include <utility>
+
+#include "backend/omfactory/OmFactory.h"
+#include "backend/omsopmgr/OMSObjectSelector.h"
+#include "platform/errors/OMSException.h"
+#include "platform/outputmodel/OmOutputTree.h"
+#include "platform/outputmodel/OmPivotTable.h"
+#include "platform/outputmodel/OmTextRenderer.h"
+#include "platform/stream/MessageCodes.h"
+#include "platform/stream/OmStreamReader.h"
+#include "platform/strings/CodePage.h"
+#include "platform/stringtables/PathFactory.h"
+#include "tools/omfactory/OMSRequestFile.h"
+#include "tools/omfactory/OmTool.h"
+#include "tools/render/OmHtmlRenderer.h"
+#include "tools/render/OmJsonRenderer.h"
+#include "tools/render/OmTableLayout.h"
+
+namespace {
+
+// The host side of the session: every finished procedure goes into the output tree.
+class KeepAll : public OmFactory::Observer {
+public:
+  bool WantsOutput() override { return true; }
+};
+
+std::string Indent(const std::string& text, std::size_t spaces) {
+  std::string out;
+  std::size_t start = 0;
+  while (start < text.size()) {
+    std::size_t end = text.find('\n', start);
+    if (end == std::string::npos) end = text.size();
+    if (end > start) out += std::string(spaces, ' ') + text.substr(start, end - start);
+    out += "\n";
+    start = end + 1;
+  }
+  return out;
+}
+
+// The text renderer's outline, with tables too large to lay out described instead.
+std::string RenderText(OmOutputTree& tree) {
+  const OmTextRenderer renderer;
+  const OmTextRenderer::Options defaults;
+  std::string out;
+  for (OmOutputTree::Node n = tree.Begin(); n != tree.End();) {
+    OmOutputPart* part = n.Value();
+    if (part != nullptr && !part->_keep) {
+      n = n.SubtreeEnd().Here();
+      continue;
+    }
+    if (part != nullptr) {
+      const int level = std::max(n.Level() - 1, 0);
+      auto* table = dynamic_cast<const OmPivotTable*>(part);
+      if (table != nullptr && OmTableLayout(*table).GridSize() > OmRenderCommand::kMaxGridCells) {
+        const OmCellText* title = table->TableTitle() ? table->TableTitle() : table->Label();
+        out += Indent((title ? title->Text() : std::string()) + "\n(not laid out: " +
+                          std::to_string(table->NDimensions()) + " dimensions with more than " +
+                          std::to_string(OmRenderCommand::kMaxGridCells) + " positions)\n",
+                      std::size_t(level * defaults.indent)) + "\n";
+      } else {
+        out += renderer.RenderPart(*part, level);
+      }
+    }
+    n = n.Next();
+  }
+  return out;
+}
+
+}  // namespace
+
+OmRenderCommand::OmRenderCommand(Options options) : _options(std::move(options)) {}
+
+std::string OmRenderCommand::Render(OmOutputTree& tree, Format format, const std::string& codePage) {
+  switch (format) {
+    case Format::kJson: {
+      OmJsonRenderer::Options options;
+      options.codePage = codePage;
+      return OmJsonRenderer(options).Render(tree);
+    }
+    case Format::kHtml: {
+      OmHtmlRenderer::Options options;
+      options.codePage = codePage;
+      options.maxGridCells = kMaxGridCells;
+      return OmHtmlRenderer(options).Render(tree);
+    }
+    case Format::kText: break;
+  }
+  const std::string text = RenderText(tree);
+  return CodePage::Get(codePage).IsUtf8() ? text : ToUtf8(text, codePage);
+}
+
+int OmRenderCommand::Run(std::ostream& out, std::ostream& err) const {
+  const Options& o = _options;
+  try {
+    CodePage::Get(o.codePage);
+  } catch (const OMSException& e) {
+    err << "omfactory: code page \"" << o.codePage << "\" cannot be used: " << OmTool::Reason(e) << "\n";
+    return kUnusable;
+  }
+
+  std::vector<OMSObjectSelector> requests;
+  try {
+    if (!o.omsJson.empty()) requests = OMSRequestFile::ReadJson(o.omsJson, o.codePage);
+    if (!o.omsRecords.empty()) {
+      for (OMSObjectSelector& r : OMSRequestFile::ReadRecords(o.omsRecords)) requests.push_back(std::move(r));
+    }
+  } catch (const OMSException& e) {
+    err << "omfactory: OMS requests: " << e.Message() << "\n";
+    return kUnusable;
+  }
+
+  std::error_code ec;
+  if (!o.stringTables.empty() &&
+      !std::filesystem::is_directory(std::filesystem::path(o.stringTables) / "lang", ec)) {
+    err << "omfactory: " << o.stringTables << ": not a string-table folder (no lang/ inside)\n";
+    return kUnusable;
+  }
+
+  // Every stream is checked before any is fed, so that an unusable file leaves no output.
+  std::vector<OmStreamReader> readers;
+  for (const std::string& path : o.streams) {
+    if (!std::filesystem::exists(path, ec)) {
+      err << "omfactory: " << path << ": no such file\n";
+      return kUnusable;
+    }
+    if (std::filesystem::is_directory(path, ec)) {
+      err << "omfactory: " << path << ": is a folder, not a stream file\n";
+      return kUnusable;
+    }
+    try {
+      readers.push_back(OmStreamReader::FromFile(path));
+    } catch (const OMSException& e) {
+      err << "omfactory: " << path << ": " << OmTool::Reason(e) << "\n";
+      return kUnusable;
+    }
+  }
+
+  std::ofstream file;
+  if (!o.output.empty()) {
+    file.open(o.output, std::ios::binary | std::ios::trunc);
+    if (!file) {
+      err << "omfactory: " << o.output << ": cannot be written\n";
+      return kUnusable;
+    }
+  }
+
+  if (!o.stringTables.empty()) PathFactory::SetRoot(o.stringTables);
+  OmOutputTree tree;
+  int status = kOk;
+  {
+    OmFactory session(&tree, o.stringTables, o.codePage, requests);
+    KeepAll observer;
+    session.Register(&observer);
+    const std::uint8_t none = 0;
+    for (std::size_t s = 0; s < readers.size(); ++s) {
+      const std::string& path = o.streams[s];
+      OmStreamReader& reader = readers[s];
+      OmStreamRecord record;
+      try {
+        for (;;) {
+          const std::size_t offset = reader.Offset();
+          if (!reader.Next(record)) break;
+          const char* name = MessageCodeNameOf(record.code);
+          try {
+            session.Message(record.code, unsigned(record.payload.size()),
+                            record.payload.empty() ? &none : record.payload.data());
+          } catch (const std::exception& e) {
+            err << "omfactory: " << path << ": record " << reader.RecordCount() << " at offset "
+                << offset << " (" << (name ? name : "unknown code") << " " << record.code
+                << ") failed: " << e.what() << "\n";
+            status = kFailed;
+            break;
+          }
+        }
+      } catch (const OMSException& e) {
+        err << "omfactory: " << path << ": " << OmTool::Reason(e) << " (record " << e.Value1()
+            << " at offset " << e.Value2() << "); the records before it were used\n";
+        status = kFailed;
+      }
+    }
+    if (session.Procedure() != nullptr) {
+      err << "omfactory: warning: the last procedure did not end (no IPC_END_PROCEDURE); its "
+             "output is not shown\n";
+    }
+  }
+
+  const std::string rendered = Render(tree, o.format, o.codePage);
+  std::ostream& sink = o.output.empty() ? out : file;
+  sink << rendered;
+  sink.flush();
+  if (!sink) {
+    err << "omfactory: " << (o.output.empty() ? std::string("output") : o.output)
+        << ": writing failed\n";
+    return kUnusable;
+  }
+  return status;
+}
