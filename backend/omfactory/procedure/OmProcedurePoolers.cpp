@@ -1,21 +1,35 @@
 #include "backend/omfactory/procedure/OmProcedurePoolers.h"
 
-// The imputation pooler (OmMIPooler) and the bootstrap pooler (OmBootPooler) are not part of the
-// build yet. Until they are, a procedure ends without pooling: both makers answer null and the end
-// of the procedure leaves their visits out. Adding a pooler means wrapping it here in an
+#include "backend/omfactory/pooling/OmMIPooler.h"
+#include "platform/mipool/MiOutputSettings.h"
+
+// The bootstrap pooler (OmBootPooler) is not part of the build yet: its maker answers null and the
+// end of the procedure leaves its visits out. Adding a pooler means wrapping it here in an
 // OmEndPooler; nothing else changes.
+
+namespace {
+
+class MIEndPooler : public OmEndPooler {
+public:
+  MIEndPooler(const OmCellText* procedureName, OmOutputTree& tree, bool pooled, bool observed,
+              bool imputed, bool diagnostics)
+      : _pooler(procedureName, &tree, pooled, observed, imputed, diagnostics) {}
+  void Pool(OmOutputPart& part) override { part.Accept(_pooler); }
+  bool Discard() const override { return _pooler.Discard(); }
+
+private:
+  OmMIPooler _pooler;
+};
+
+}  // namespace
 
 std::unique_ptr<OmEndPooler> OmProcedurePoolers::MakeMIPooler(const OmCellText* procedureName,
                                                               OmOutputTree& tree, bool pooled,
                                                               bool observed, bool imputed,
                                                               bool diagnostics) const {
-  (void)procedureName;
-  (void)tree;
-  (void)pooled;
-  (void)observed;
-  (void)imputed;
-  (void)diagnostics;
-  return nullptr;
+  // The patterns read the diagnostics flag from the pooling library's settings.
+  SetMiOutputSettings(pooled, observed, imputed, diagnostics);
+  return std::make_unique<MIEndPooler>(procedureName, tree, pooled, observed, imputed, diagnostics);
 }
 
 std::unique_ptr<OmEndPooler> OmProcedurePoolers::MakeBootPooler(const OmCellText* procedureName,
