@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <typeinfo>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "platform/outputmodel/OmDimension.h"
 #include "platform/outputmodel/OmFootnote.h"
 #include "platform/outputmodel/OmStringCellUTF8.h"
+#include "platform/settings/BackendSettings.h"
 #include "tests/backend/omfactory/procedure/ProcedureFixture.h"
 
 namespace {
@@ -70,6 +72,22 @@ TEST_F(ProcedureTreeTest, IdAndBootstrapFlagAreKept) {
   proc->SetBootstrapped(true);
   EXPECT_EQ(proc->getId(), -7);
   EXPECT_TRUE(proc->IsBootstrapped());
+}
+
+TEST_F(ProcedureTreeTest, NewSettingsLeaveTheSettingsSharedEarlierUnchanged) {
+  auto proc = Begin();
+  EXPECT_EQ(proc->getSettings().getMaxCells(), 0u);
+  BackendSettings settings;
+  settings.setSettings("procedure=Descriptives\nmaxcells=500\nfasttables=1");
+  proc->setSettings(settings);
+  std::shared_ptr<const BackendSettings> shared = proc->SharedSettings();
+  EXPECT_EQ(&*shared, &proc->getSettings());
+  EXPECT_EQ(shared->getMaxCells(), 500u);
+  settings.setSettings("maxcells=7");
+  proc->setSettings(settings);
+  EXPECT_EQ(proc->getSettings().getMaxCells(), 7u);
+  EXPECT_EQ(shared->getMaxCells(), 500u);  // a table holding the old settings keeps them
+  EXPECT_TRUE(shared->getFastTables());
 }
 
 // ---- headings -------------------------------------------------------------------------------
