@@ -23,6 +23,9 @@ function(om_library name)
   add_library(${name} STATIC ${A_SOURCES})
   target_include_directories(${name} PUBLIC "${CMAKE_SOURCE_DIR}")
   target_link_libraries(${name} PUBLIC ${A_DEPS})
+  # The session, procedure and pooling libraries call each other; repeat the cycle on link lines
+  # often enough that objects pulled in late still find their callees.
+  set_property(TARGET ${name} PROPERTY LINK_INTERFACE_MULTIPLICITY 4)
   om_warnings(${name})
 endfunction()
 
