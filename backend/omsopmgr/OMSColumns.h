@@ -1,4 +1,4 @@
-// The column specification of an OMS request: how a selected table is laid out for a destination
+// The column layout of an OMS request: how a selected table is laid out for a destination
 // that wants flat data, either by the names of the dimensions that go into the columns or by a
 // sequence of positional tokens ("R1", "C2", "LALL"). The host's parser fills it, its writers read
 // it; OMSObjectSelector stores it and carries it in its binary record.

@@ -252,7 +252,7 @@ std::ostream& operator<<(std::ostream& out, const OMSObjectSelector& selector) {
 }
 
 // The object-level numbers (selection, image format, chart size) are read as stored: only the
-// subcommands and the column specification reverse their numbers.
+// subcommands and the column layout reverse their numbers.
 void OMSObjectSelector::Read(OMSRecordReader& reader) {
   Data& my = *_my;
   if (!reader.Flag(my._showNotesTables, "show notes tables")) return;

@@ -1,5 +1,5 @@
 // One OMS request as the host hands it to the output factory: the object types it selects, its
-// IF and EXCEPTIF subcommands, the column specification and the destination and image options
+// IF and EXCEPTIF subcommands, the column layout and the destination and image options
 // that the host's writers read. The factory selector asks it, object by object, whether the object
 // is selected; requests travel between processes as a binary record (operator<<, operator>>).
 #pragma once
@@ -126,7 +126,7 @@ public:
   bool IsLastInstanceExcluded() const;  // the EXCEPTIF subcommand names LAST
 
   // The record that is read next came from a machine of the other byte order: passed on to the
-  // subcommands and the column specification, whose counts and numbers are then reversed.
+  // subcommands and the column layout, whose counts and numbers are then reversed.
   void SwapBytes(bool swap);
 
   friend std::ostream& operator<<(std::ostream& out, const OMSObjectSelector& selector);

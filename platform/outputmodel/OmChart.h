@@ -1,4 +1,4 @@
-// A chart: an XML chart specification with optional CSV data, map and GeoJSON content, received
+// A chart: an XML chart description with optional CSV data, map and GeoJSON content, received
 // message by message. Every content operation records what it got in Contents(); the names used
 // there are the operation names.
 #pragma once

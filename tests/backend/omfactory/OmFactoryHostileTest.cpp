@@ -244,7 +244,7 @@ TEST_F(HostileMessages, UnreadableBootstrapSpecificationsStillAppendTheProcedure
   writer.CellDimension(1, Str("S"));
   writer.Cell(1, Num(1), Str("N"));
   writer.EndTable(1);
-  writer.EndProcedure("not a specification");
+  writer.EndProcedure("not a bootstrap setup");
   Feed();
   EXPECT_NE(factory->LastRecoveredError(), nullptr);
   EXPECT_EQ(factory->Procedure(), nullptr);
