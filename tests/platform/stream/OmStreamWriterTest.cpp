@@ -43,317 +43,153 @@ std::vector<MessageItem> Reassemble(const std::vector<OmStreamRecord>& records) 
   return items;
 }
 
-class OmStreamWriterLayoutTest : public testing::TestWithParam<ByteOrder> {
-protected:
-  bool BigEndian() const { return GetParam() == ByteOrder::BigEndian; }
-
-  // The only record the writer holds, with its code checked.
-  const OmStreamRecord& Only(const OmStreamWriter& writer, MessageCode code) {
-    EXPECT_EQ(writer.Records().size(), 1u);
-    EXPECT_EQ(writer.Records().front().code, Code(code));
-    return writer.Records().front();
-  }
-
-  OmStreamWriter _writer{GetParam()};
+// One field expected in a payload: an integer of a given width, a double or a text.
+struct Field {
+  enum Kind { kByte, kInt16, kInt32, kFixed32, kInt64, kDouble, kText } kind;
+  std::size_t offset;
+  std::int64_t integer = 0;
+  double number = 0;
+  std::string text = {};
 };
+Field B(std::size_t offset, std::int64_t v) { return {Field::kByte, offset, v}; }
+Field I16(std::size_t offset, std::int64_t v) { return {Field::kInt16, offset, v}; }
+Field I32(std::size_t offset, std::int64_t v) { return {Field::kInt32, offset, v}; }
+// An int32 the factory never swaps: little-endian in either order.
+Field Fixed32(std::size_t offset, std::int64_t v) { return {Field::kFixed32, offset, v}; }
+Field I64(std::size_t offset, std::int64_t v) { return {Field::kInt64, offset, v}; }
+Field D(std::size_t offset, double v) { return {Field::kDouble, offset, 0, v}; }
+Field T(std::size_t offset, std::string v) { return {Field::kText, offset, 0, 0, std::move(v)}; }
 
-TEST_P(OmStreamWriterLayoutTest, NumberPutsValueFormatAndCellAtTheirOffsets) {
-  _writer.Number(7, -1.7976931348623157e308, 0x050802);
-  const OmStreamRecord& record = Only(_writer, MessageCode::IPC_NUMBER);
-  PayloadFields fields(record.payload, BigEndian());
-  EXPECT_EQ(fields.Size(), 16u);
-  EXPECT_EQ(fields.Double(0), -1.7976931348623157e308);
-  EXPECT_EQ(fields.Int32(8), 0x050802);
-  EXPECT_EQ(fields.Int32(12), 7);
-}
-
-// Messages made only of int32 fields, or a TCID byte followed by int32 fields at offset 4.
-struct IntLayout {
+// A message written alone: its code, its payload size and the fields at their offsets. A TCID,
+// when there is one, is the first byte and the three bytes after it are reserved.
+struct Layout {
   const char* name;
   std::function<void(OmStreamWriter&)> write;
   MessageCode code;
   std::size_t size;
-  std::vector<std::pair<std::size_t, std::int32_t>> ints;
-  int tcid; // -1 when the message has none
+  std::vector<Field> fields;
+  int tcid = -1;
 };
 
-TEST_P(OmStreamWriterLayoutTest, IntegerFieldsSitAtTheTableOffsetsInTheSendersOrder) {
-  const std::vector<IntLayout> layouts = {
-    {"ConversionPair", [](OmStreamWriter& w) { w.ConversionPair(-3, 70000); }, MessageCode::IPC_CONVERSION_PAIR, 8, {{0, -3}, {4, 70000}}, -1},
-    {"Integer", [](OmStreamWriter& w) { w.Integer(12, -42, 0x050802); }, MessageCode::IPC_INTEGER, 12, {{0, -42}, {4, 0x050802}, {8, 12}}, -1},
-    {"BeginComposite", [](OmStreamWriter& w) { w.BeginComposite(5, 6); }, MessageCode::IPC_BEGIN_COMPOSITE, 8, {{0, 5}, {4, 6}}, -1},
-    {"CompositeArgument", [](OmStreamWriter& w) { w.CompositeArgument(9); }, MessageCode::IPC_COMPOSITE_ARGUMENT, 4, {{0, 9}}, -1},
-    {"TableColors", [](OmStreamWriter& w) { w.TableColors(0x102030, 0x405060); }, MessageCode::IPC_TABLE_COLORS, 8, {{0, 0x102030}, {4, 0x405060}}, -1},
-    {"RequiredTable", [](OmStreamWriter& w) { w.RequiredTable(1, 2); }, MessageCode::IPC_REQUIRED_TABLE, 8, {{0, 1}, {4, 2}}, -1},
-    {"ScratchTable", [](OmStreamWriter& w) { w.ScratchTable(33); }, MessageCode::IPC_SCRATCH_TABLE, 4, {{0, 33}}, -1},
-    {"Category", [](OmStreamWriter& w) { w.Category(200, 11, 12); }, MessageCode::IPC_CATEGORY, 12, {{4, 11}, {8, 12}}, 200},
-    {"BeginGroup", [](OmStreamWriter& w) { w.BeginGroup(3, 13, 14); }, MessageCode::IPC_BEGIN_GROUP, 12, {{4, 13}, {8, 14}}, 3},
-    {"EndGroup", [](OmStreamWriter& w) { w.EndGroup(3, 14); }, MessageCode::IPC_END_GROUP, 8, {{4, 14}}, 3},
-    {"CellDimension", [](OmStreamWriter& w) { w.CellDimension(4, 15); }, MessageCode::IPC_CELL_DIMENSION, 8, {{4, 15}}, 4},
-    {"Cell", [](OmStreamWriter& w) { w.Cell(255, 16, 17); }, MessageCode::IPC_CELL, 12, {{4, 16}, {8, 17}}, 255},
-    {"CellCategory", [](OmStreamWriter& w) { w.CellCategory(0, 18); }, MessageCode::IPC_CELL_CATEGORY, 8, {{4, 18}}, 0},
-    {"BeginNode", [](OmStreamWriter& w) { w.BeginNode(19); }, MessageCode::IPC_BEGIN_NODE, 4, {{0, 19}}, -1},
-    {"Annotate", [](OmStreamWriter& w) { w.Annotate(3, 20); }, MessageCode::IPC_ANNOTATE, 8, {{0, 3}, {4, 20}}, -1},
-    {"SplitCategory", [](OmStreamWriter& w) { w.SplitCategory(21, 22); }, MessageCode::IPC_SPLIT_CATEGORY, 8, {{0, 21}, {4, 22}}, -1},
-    {"Dimension", [](OmStreamWriter& w) { w.Dimension(6, 23); }, MessageCode::IPC_DIMENSION, 8, {{4, 23}}, 6},
-    {"ScratchCategory", [](OmStreamWriter& w) { w.ScratchCategory(1, 2); }, MessageCode::IPC_SCRATCH_CATEGORY, 8, {{0, 1}, {4, 2}}, -1},
-    {"PlaceDimension", [](OmStreamWriter& w) { w.PlaceDimension(7, 24, 3, 1, 1, 0); }, MessageCode::IPC_PLACE_DIMENSION, 24, {{4, 24}, {8, 3}, {12, 1}, {16, 1}, {20, 0}}, 7},
-    {"AnnotateMarked", [](OmStreamWriter& w) { w.AnnotateMarked(2, 25, 26); }, MessageCode::IPC_ANNOTATE_MARKED, 12, {{0, 2}, {4, 25}, {8, 26}}, -1},
-    {"DiscardCell", [](OmStreamWriter& w) { w.DiscardCell(27); }, MessageCode::IPC_DISCARD_CELL, 4, {{0, 27}}, -1},
-    {"CopyCell", [](OmStreamWriter& w) { w.CopyCell(28, 29); }, MessageCode::IPC_COPY_CELL, 8, {{0, 28}, {4, 29}}, -1},
-    {"SortGroup", [](OmStreamWriter& w) { w.SortGroup(8, -1); }, MessageCode::IPC_SORT_GROUP, 8, {{4, -1}}, 8},
-    {"SortDimension", [](OmStreamWriter& w) { w.SortDimension(8, 2); }, MessageCode::IPC_SORT_DIMENSION, 8, {{4, 2}}, 8},
-    {"SortUngroup", [](OmStreamWriter& w) { w.SortUngroup(8, 1); }, MessageCode::IPC_SORT_UNGROUP, 8, {{4, 1}}, 8},
-    {"BeginTextBlock", [](OmStreamWriter& w) { w.BeginTextBlock(30); }, MessageCode::IPC_BEGIN_TEXT_BLOCK, 4, {{0, 30}}, -1},
-    {"CornerText", [](OmStreamWriter& w) { w.CornerText(9, 31); }, MessageCode::IPC_CORNER_TEXT, 8, {{4, 31}}, 9},
-    {"TableProperty", [](OmStreamWriter& w) { w.TableProperty(10, 5, 32); }, MessageCode::IPC_TABLE_PROPERTY, 12, {{4, 5}, {8, 32}}, 10},
-    {"ColumnWidth", [](OmStreamWriter& w) { w.ColumnWidth(11, 3, 40, 400); }, MessageCode::IPC_COLUMN_WIDTH, 16, {{4, 3}, {8, 40}, {12, 400}}, 11},
-    {"Marker", [](OmStreamWriter& w) { w.Marker(34); }, MessageCode::IPC_MARKER, 12, {{8, 34}}, -1},
+void ExpectField(const PayloadFields& payload, const Field& field) {
+  SCOPED_TRACE(testing::Message() << "field at offset " << field.offset);
+  switch (field.kind) {
+  case Field::kByte: EXPECT_EQ(payload.Byte(field.offset), field.integer); break;
+  case Field::kInt16: EXPECT_EQ(payload.Int16(field.offset), field.integer); break;
+  case Field::kInt32: EXPECT_EQ(payload.Int32(field.offset), field.integer); break;
+  case Field::kFixed32: EXPECT_EQ(payload.FixedInt32(field.offset), field.integer); break;
+  case Field::kInt64: EXPECT_EQ(payload.Int64(field.offset), field.integer); break;
+  case Field::kDouble: EXPECT_EQ(payload.Double(field.offset), field.number); break;
+  case Field::kText:
+    EXPECT_EQ(payload.Text(field.offset, field.text.size()), field.text);
+    break;
+  }
+}
+
+class OmStreamWriterLayoutTest : public testing::TestWithParam<ByteOrder> {};
+
+TEST_P(OmStreamWriterLayoutTest, EveryFieldSitsAtItsOffsetInTheSendersOrder) {
+  using W = OmStreamWriter;
+  using C = MessageCode;
+  const std::string settings = "procedure=Descriptives\nlanguage=de\n";
+  const std::string withNul("line with \0 inside", 18);
+  const std::string zeros16(16, '\0');
+  // clang-format off
+  const std::vector<Layout> layouts = {
+    {"ConversionPair", [](W& w) { w.ConversionPair(-3, 70000); }, C::IPC_CONVERSION_PAIR, 8, {I32(0, -3), I32(4, 70000)}},
+    {"Integer", [](W& w) { w.Integer(12, -42, 0x050802); }, C::IPC_INTEGER, 12, {I32(0, -42), I32(4, 0x050802), I32(8, 12)}},
+    {"BeginComposite", [](W& w) { w.BeginComposite(5, 6); }, C::IPC_BEGIN_COMPOSITE, 8, {I32(0, 5), I32(4, 6)}},
+    {"CompositeArgument", [](W& w) { w.CompositeArgument(9); }, C::IPC_COMPOSITE_ARGUMENT, 4, {I32(0, 9)}},
+    {"TableColors", [](W& w) { w.TableColors(0x102030, 0x405060); }, C::IPC_TABLE_COLORS, 8, {I32(0, 0x102030), I32(4, 0x405060)}},
+    {"RequiredTable", [](W& w) { w.RequiredTable(1, 2); }, C::IPC_REQUIRED_TABLE, 8, {I32(0, 1), I32(4, 2)}},
+    {"ScratchTable", [](W& w) { w.ScratchTable(33); }, C::IPC_SCRATCH_TABLE, 4, {I32(0, 33)}},
+    {"Category", [](W& w) { w.Category(200, 11, 12); }, C::IPC_CATEGORY, 12, {I32(4, 11), I32(8, 12)}, 200},
+    {"BeginGroup", [](W& w) { w.BeginGroup(3, 13, 14); }, C::IPC_BEGIN_GROUP, 12, {I32(4, 13), I32(8, 14)}, 3},
+    {"EndGroup", [](W& w) { w.EndGroup(3, 14); }, C::IPC_END_GROUP, 8, {I32(4, 14)}, 3},
+    {"CellDimension", [](W& w) { w.CellDimension(4, 15); }, C::IPC_CELL_DIMENSION, 8, {I32(4, 15)}, 4},
+    {"Cell", [](W& w) { w.Cell(255, 16, 17); }, C::IPC_CELL, 12, {I32(4, 16), I32(8, 17)}, 255},
+    {"CellCategory", [](W& w) { w.CellCategory(0, 18); }, C::IPC_CELL_CATEGORY, 8, {I32(4, 18)}, 0},
+    {"BeginNode", [](W& w) { w.BeginNode(19); }, C::IPC_BEGIN_NODE, 4, {I32(0, 19)}},
+    {"Annotate", [](W& w) { w.Annotate(3, 20); }, C::IPC_ANNOTATE, 8, {I32(0, 3), I32(4, 20)}},
+    {"SplitCategory", [](W& w) { w.SplitCategory(21, 22); }, C::IPC_SPLIT_CATEGORY, 8, {I32(0, 21), I32(4, 22)}},
+    {"Dimension", [](W& w) { w.Dimension(6, 23); }, C::IPC_DIMENSION, 8, {I32(4, 23)}, 6},
+    {"ScratchCategory", [](W& w) { w.ScratchCategory(1, 2); }, C::IPC_SCRATCH_CATEGORY, 8, {I32(0, 1), I32(4, 2)}},
+    {"PlaceDimension", [](W& w) { w.PlaceDimension(7, 24, 3, 1, 1, 0); }, C::IPC_PLACE_DIMENSION, 24, {I32(4, 24), I32(8, 3), I32(12, 1), I32(16, 1), I32(20, 0)}, 7},
+    {"AnnotateMarked", [](W& w) { w.AnnotateMarked(2, 25, 26); }, C::IPC_ANNOTATE_MARKED, 12, {I32(0, 2), I32(4, 25), I32(8, 26)}},
+    {"DiscardCell", [](W& w) { w.DiscardCell(27); }, C::IPC_DISCARD_CELL, 4, {I32(0, 27)}},
+    {"CopyCell", [](W& w) { w.CopyCell(28, 29); }, C::IPC_COPY_CELL, 8, {I32(0, 28), I32(4, 29)}},
+    {"SortGroup", [](W& w) { w.SortGroup(8, -1); }, C::IPC_SORT_GROUP, 8, {I32(4, -1)}, 8},
+    {"SortDimension", [](W& w) { w.SortDimension(8, 2); }, C::IPC_SORT_DIMENSION, 8, {I32(4, 2)}, 8},
+    {"SortUngroup", [](W& w) { w.SortUngroup(8, 1); }, C::IPC_SORT_UNGROUP, 8, {I32(4, 1)}, 8},
+    {"BeginTextBlock", [](W& w) { w.BeginTextBlock(30); }, C::IPC_BEGIN_TEXT_BLOCK, 4, {I32(0, 30)}},
+    {"CornerText", [](W& w) { w.CornerText(9, 31); }, C::IPC_CORNER_TEXT, 8, {I32(4, 31)}, 9},
+    {"TableProperty", [](W& w) { w.TableProperty(10, 5, 32); }, C::IPC_TABLE_PROPERTY, 12, {I32(4, 5), I32(8, 32)}, 10},
+    {"ColumnWidth", [](W& w) { w.ColumnWidth(11, 3, 40, 400); }, C::IPC_COLUMN_WIDTH, 16, {I32(4, 3), I32(8, 40), I32(12, 400)}, 11},
+    {"Marker", [](W& w) { w.Marker(34); }, C::IPC_MARKER, 12, {I32(8, 34)}},
+    // TCID-only messages and the swap flag are one byte.
+    {"EndTable", [](W& w) { w.EndTable(12); }, C::IPC_END_TABLE, 1, {B(0, 12)}},
+    {"Ungroup", [](W& w) { w.Ungroup(13); }, C::IPC_UNGROUP, 1, {B(0, 13)}},
+    {"ClearTableFlag", [](W& w) { w.ClearTableFlag(14); }, C::IPC_CLEAR_TABLE_FLAG, 1, {B(0, 14)}},
+    {"SwapBytes on", [](W& w) { w.SwapBytes(true); }, C::IPC_SWAP_BYTES, 1, {B(0, 1)}},
+    {"SwapBytes off", [](W& w) { w.SwapBytes(false); }, C::IPC_SWAP_BYTES, 1, {B(0, 0)}},
+    {"ByteOrderProbe", [](W& w) { w.ByteOrderProbe(); }, C::IPC_BYTE_ORDER, 4, {I32(0, 1)}},
+    {"Number", [](W& w) { w.Number(7, -1.7976931348623157e308, 0x050802); }, C::IPC_NUMBER, 16, {D(0, -1.7976931348623157e308), I32(8, 0x050802), I32(12, 7)}},
+    // TCID and flag stay single bytes.
+    {"BeginTable", [](W& w) { w.BeginTable(250, 1, 2, true); }, C::IPC_BEGIN_TABLE, 13, {B(0, 250), I32(4, 1), I32(8, 2), B(12, 1)}},
+    {"BeginProcedure", [&](W& w) { w.BeginProcedure(0x0102030405060708LL, settings); }, C::IPC_BEGIN_PROCEDURE, 12 + settings.size(), {I64(0, 0x0102030405060708LL), I32(8, static_cast<std::int64_t>(settings.size())), T(12, settings)}},
+    // Texts are a length, then their bytes without a terminator.
+    {"PrintLine", [&](W& w) { w.PrintLine(3, withNul); }, C::IPC_PRINT_LINE, 26, {I32(0, 3), I32(4, 18), T(8, withNul)}},
+    {"LogLine", [](W& w) { w.LogLine(-1, "log"); }, C::IPC_LOG_LINE, 11, {I32(0, -1), I32(4, 3), T(8, "log")}},
+    {"OutlineText", [](W& w) { w.OutlineText("Outline"); }, C::IPC_OUTLINE_TEXT, 11, {I32(0, 7), T(4, "Outline")}},
+    {"MiscProperty", [](W& w) { w.MiscProperty(7, "merged"); }, C::IPC_MISC_PROPERTY, 14, {I32(0, 7), I32(4, 6), T(8, "merged")}},
+    // One byte separates title and subtitle.
+    {"PageTitle", [](W& w) { w.PageTitle("Title", "Sub"); }, C::IPC_PAGE_TITLE, 17, {I32(0, 5), I32(4, 3), T(8, "Title"), T(14, "Sub")}},
+    {"BackgroundColor", [](W& w) { w.BackgroundColor("#FF0000"); }, C::IPC_BACKGROUND_COLOR, 19, {I32(4, 7), T(12, "#FF0000")}},
+    {"TextColor", [](W& w) { w.TextColor("blue"); }, C::IPC_TEXT_COLOR, 16, {I32(4, 4), T(12, "blue")}},
+    {"Variable", [](W& w) { w.Variable(40, 2, "age", "Age in years"); }, C::IPC_VARIABLE, 31, {I32(0, 40), I32(4, 2), I32(8, 3), I32(12, 12), T(16, "age"), T(19, "Age in years")}},
+    // A numeric value has value length 0 and a double after the name.
+    {"DataValue number", [](W& w) { w.DataValue(41, 0, 0x050802, "sex", "Gender", 2.0); }, C::IPC_DATA_VALUE, 39, {I32(0, 41), I32(8, 0x050802), I32(12, 3), I32(16, 6), I16(20, 0), T(22, "sex"), D(25, 2.0), T(33, "Gender")}},
+    {"DataValue text", [](W& w) { w.DataValue(42, 1, 0x010A03, "city", "City", std::string_view("Bern")); }, C::IPC_DATA_VALUE, 34, {I16(20, 4), T(22, "city"), T(26, "Bern"), T(30, "City")}},
+    {"ChartXml", [](W& w) { w.ChartXml(-2, 19, "<chart/>"); }, C::IPC_CHART_XML, 16, {B(0, 0xFE), B(1, 19), I32(4, 8), T(8, "<chart/>")}},
+    {"TreeXml", [](W& w) { w.TreeXml(2, 1, "<tree/>", 300); }, C::IPC_TREE_XML, 23, {Fixed32(0, 2), Fixed32(4, 1), Fixed32(8, 7), Fixed32(12, 300), T(16, "<tree/>")}},
+    {"InteractiveJson", [](W& w) { w.InteractiveJson(1, 16, "{}"); }, C::IPC_INTERACTIVE_JSON, 14, {I32(0, 1), I32(4, 16), I32(8, 2), T(12, "{}")}},
+    {"LongStringPiece", [](W& w) { w.LongStringPiece(43, 2, "e", "f", true); }, C::IPC_LONG_STRING, 19, {I32(0, 1), I32(4, 1), I32(8, 43), I32(12, 2), B(16, 1), T(17, "ef")}},
+    {"LongText", [](W& w) { w.LongText(44, "aa", "bbb", "c"); }, C::IPC_LONG_TEXT, 22, {I32(0, 2), I32(4, 3), I32(8, 1), I32(12, 44), T(16, "aabbbc")}},
+    {"ConversionName", [](W& w) { w.ConversionName(9, "windows-1252"); }, C::IPC_CONVERSION_NAME, 14, {B(0, 9), B(1, 12), T(2, "windows-1252")}},
+    {"OutputSetting", [](W& w) { w.OutputSetting("OLANG", "German"); }, C::IPC_OUTPUT_SETTING, 39, {T(0, zeros16), T(16, std::string("OLANG\0", 6)), T(32, std::string("German\0", 7))}},
   };
-  for (const IntLayout& layout : layouts) {
+  // clang-format on
+  for (const Layout& layout : layouts) {
     SCOPED_TRACE(layout.name);
     OmStreamWriter writer(GetParam());
     layout.write(writer);
-    const OmStreamRecord& record = Only(writer, layout.code);
-    PayloadFields fields(record.payload, BigEndian());
-    EXPECT_EQ(fields.Size(), layout.size);
-    for (const auto& [offset, value] : layout.ints)
-      EXPECT_EQ(fields.Int32(offset), value) << "offset " << offset;
+    ASSERT_EQ(writer.Records().size(), 1u);
+    const OmStreamRecord& record = writer.Records().front();
+    EXPECT_EQ(record.code, Code(layout.code));
+    const PayloadFields payload(record.payload, GetParam() == ByteOrder::BigEndian);
+    EXPECT_EQ(payload.Size(), layout.size);
+    for (const Field& field : layout.fields) ExpectField(payload, field);
     if (layout.tcid >= 0) {
-      EXPECT_EQ(fields.Byte(0), layout.tcid);
-      EXPECT_EQ(fields.Text(1, 3), std::string(3, '\0')) << "bytes after the TCID are reserved";
+      EXPECT_EQ(payload.Byte(0), layout.tcid);
+      EXPECT_EQ(payload.Text(1, 3), std::string(3, '\0')) << "bytes after the TCID are reserved";
     }
   }
-}
-
-TEST_P(OmStreamWriterLayoutTest, TcidOnlyMessagesAndSwapBytesAreOneByte) {
-  _writer.EndTable(12);
-  _writer.Ungroup(13);
-  _writer.ClearTableFlag(14);
-  _writer.SwapBytes(true);
-  _writer.SwapBytes(false);
-  const std::vector<std::pair<MessageCode, std::uint8_t>> expected = {
-      {MessageCode::IPC_END_TABLE, 12},
-      {MessageCode::IPC_UNGROUP, 13},
-      {MessageCode::IPC_CLEAR_TABLE_FLAG, 14},
-      {MessageCode::IPC_SWAP_BYTES, 1},
-      {MessageCode::IPC_SWAP_BYTES, 0}};
-  ASSERT_EQ(_writer.Records().size(), expected.size());
-  for (std::size_t i = 0; i < expected.size(); ++i) {
-    EXPECT_EQ(_writer.Records()[i].code, Code(expected[i].first));
-    EXPECT_EQ(_writer.Records()[i].payload, std::vector<std::uint8_t>{expected[i].second});
-  }
-}
-
-TEST_P(OmStreamWriterLayoutTest, ByteOrderProbeIsTheIntegerOneInTheSendersOrder) {
-  _writer.ByteOrderProbe();
-  const OmStreamRecord& record = Only(_writer, MessageCode::IPC_BYTE_ORDER);
-  const std::vector<std::uint8_t> expected =
-      BigEndian() ? std::vector<std::uint8_t>{0, 0, 0, 1} : std::vector<std::uint8_t>{1, 0, 0, 0};
-  EXPECT_EQ(record.payload, expected);
-}
-
-TEST_P(OmStreamWriterLayoutTest, BeginTableKeepsTcidAndFlagAsSingleBytes) {
-  _writer.BeginTable(250, 1, 2, true);
-  const OmStreamRecord& record = Only(_writer, MessageCode::IPC_BEGIN_TABLE);
-  PayloadFields fields(record.payload, BigEndian());
-  EXPECT_EQ(fields.Size(), 13u);
-  EXPECT_EQ(fields.Byte(0), 250);
-  EXPECT_EQ(fields.Int32(4), 1);
-  EXPECT_EQ(fields.Int32(8), 2);
-  EXPECT_EQ(fields.Byte(12), 1);
-}
-
-TEST_P(OmStreamWriterLayoutTest, BeginProcedureCarriesAn8ByteIdThenTheSettingsText) {
-  const std::string settings = "procedure=Descriptives\nlanguage=de\n";
-  _writer.BeginProcedure(0x0102030405060708LL, settings);
-  const OmStreamRecord& record = Only(_writer, MessageCode::IPC_BEGIN_PROCEDURE);
-  PayloadFields fields(record.payload, BigEndian());
-  EXPECT_EQ(fields.Int64(0), 0x0102030405060708LL);
-  EXPECT_EQ(fields.Int32(8), static_cast<std::int32_t>(settings.size()));
-  EXPECT_EQ(fields.Text(12, settings.size()), settings);
-  EXPECT_EQ(fields.Size(), 12 + settings.size());
-}
-
-TEST_P(OmStreamWriterLayoutTest, TextMessagesCarryLengthThenUnterminatedBytes) {
-  const std::string text("line with \0 inside", 18);
-  _writer.PrintLine(3, text);
-  _writer.LogLine(-1, "log");
-  _writer.OutlineText("Outline");
-  _writer.MiscProperty(7, "merged");
-  const auto& records = _writer.Records();
-  ASSERT_EQ(records.size(), 4u);
-
-  PayloadFields print(records[0].payload, BigEndian());
-  EXPECT_EQ(records[0].code, Code(MessageCode::IPC_PRINT_LINE));
-  EXPECT_EQ(print.Int32(0), 3);
-  EXPECT_EQ(print.Int32(4), 18);
-  EXPECT_EQ(print.Text(8, 18), text);
-  EXPECT_EQ(print.Size(), 26u);
-
-  PayloadFields log(records[1].payload, BigEndian());
-  EXPECT_EQ(records[1].code, Code(MessageCode::IPC_LOG_LINE));
-  EXPECT_EQ(log.Int32(0), -1);
-  EXPECT_EQ(log.Text(8, 3), "log");
-
-  PayloadFields outline(records[2].payload, BigEndian());
-  EXPECT_EQ(outline.Int32(0), 7);
-  EXPECT_EQ(outline.Text(4, 7), "Outline");
-
-  PayloadFields misc(records[3].payload, BigEndian());
-  EXPECT_EQ(misc.Int32(0), 7);
-  EXPECT_EQ(misc.Int32(4), 6);
-  EXPECT_EQ(misc.Text(8, 6), "merged");
-}
-
-TEST_P(OmStreamWriterLayoutTest, PageTitleSeparatesTitleAndSubtitleByOneByte) {
-  _writer.PageTitle("Title", "Sub");
-  const OmStreamRecord& record = Only(_writer, MessageCode::IPC_PAGE_TITLE);
-  PayloadFields fields(record.payload, BigEndian());
-  EXPECT_EQ(fields.Int32(0), 5);
-  EXPECT_EQ(fields.Int32(4), 3);
-  EXPECT_EQ(fields.Text(8, 5), "Title");
-  EXPECT_EQ(fields.Text(8 + 5 + 1, 3), "Sub");
-  EXPECT_EQ(fields.Size(), 17u);
-}
-
-TEST_P(OmStreamWriterLayoutTest, ColourTextStartsAtOffset12) {
-  _writer.BackgroundColor("#FF0000");
-  _writer.TextColor("blue");
-  const auto& records = _writer.Records();
-  ASSERT_EQ(records.size(), 2u);
-  PayloadFields background(records[0].payload, BigEndian());
-  EXPECT_EQ(records[0].code, Code(MessageCode::IPC_BACKGROUND_COLOR));
-  EXPECT_EQ(background.Int32(4), 7);
-  EXPECT_EQ(background.Text(12, 7), "#FF0000");
-  PayloadFields text(records[1].payload, BigEndian());
-  EXPECT_EQ(records[1].code, Code(MessageCode::IPC_TEXT_COLOR));
-  EXPECT_EQ(text.Int32(4), 4);
-  EXPECT_EQ(text.Text(12, 4), "blue");
-}
-
-TEST_P(OmStreamWriterLayoutTest, VariableCarriesNameThenLabel) {
-  _writer.Variable(40, 2, "age", "Age in years");
-  const OmStreamRecord& record = Only(_writer, MessageCode::IPC_VARIABLE);
-  PayloadFields fields(record.payload, BigEndian());
-  EXPECT_EQ(fields.Int32(0), 40);
-  EXPECT_EQ(fields.Int32(4), 2);
-  EXPECT_EQ(fields.Int32(8), 3);
-  EXPECT_EQ(fields.Int32(12), 12);
-  EXPECT_EQ(fields.Text(16, 3), "age");
-  EXPECT_EQ(fields.Text(19, 12), "Age in years");
-}
-
-TEST_P(OmStreamWriterLayoutTest, NumericDataValueHasZeroValueLengthAndADoubleAfterTheName) {
-  _writer.DataValue(41, 0, 0x050802, "sex", "Gender", 2.0);
-  const OmStreamRecord& record = Only(_writer, MessageCode::IPC_DATA_VALUE);
-  PayloadFields fields(record.payload, BigEndian());
-  EXPECT_EQ(fields.Int32(0), 41);
-  EXPECT_EQ(fields.Int32(8), 0x050802);
-  EXPECT_EQ(fields.Int32(12), 3);
-  EXPECT_EQ(fields.Int32(16), 6);
-  EXPECT_EQ(fields.Int16(20), 0);
-  EXPECT_EQ(fields.Text(22, 3), "sex");
-  EXPECT_EQ(fields.Double(25), 2.0);
-  EXPECT_EQ(fields.Text(33, 6), "Gender");
-  EXPECT_EQ(fields.Size(), 39u);
-}
-
-TEST_P(OmStreamWriterLayoutTest, TextDataValueCarriesItsLengthAsInt16) {
-  _writer.DataValue(42, 1, 0x010A03, "city", "City", std::string_view("Bern"));
-  const OmStreamRecord& record = Only(_writer, MessageCode::IPC_DATA_VALUE);
-  PayloadFields fields(record.payload, BigEndian());
-  EXPECT_EQ(fields.Int16(20), 4);
-  EXPECT_EQ(fields.Text(22, 4), "city");
-  EXPECT_EQ(fields.Text(26, 4), "Bern");
-  EXPECT_EQ(fields.Text(30, 4), "City");
-  EXPECT_EQ(fields.Size(), 34u);
-}
-
-TEST_P(OmStreamWriterLayoutTest, ChartBytesAreSignedAndTheLengthSitsAtOffset4) {
-  _writer.ChartXml(-2, 19, "<chart/>");
-  const OmStreamRecord& record = Only(_writer, MessageCode::IPC_CHART_XML);
-  PayloadFields fields(record.payload, BigEndian());
-  EXPECT_EQ(static_cast<std::int8_t>(fields.Byte(0)), -2);
-  EXPECT_EQ(fields.Byte(1), 19);
-  EXPECT_EQ(fields.Int32(4), 8);
-  EXPECT_EQ(fields.Text(8, 8), "<chart/>");
-}
-
-TEST_P(OmStreamWriterLayoutTest, TreeIntegersAreNeverSwapped) {
-  _writer.TreeXml(2, 1, "<tree/>", 300);
-  const OmStreamRecord& record = Only(_writer, MessageCode::IPC_TREE_XML);
-  PayloadFields fields(record.payload, BigEndian());
-  EXPECT_EQ(fields.FixedInt32(0), 2);
-  EXPECT_EQ(fields.FixedInt32(4), 1);
-  EXPECT_EQ(fields.FixedInt32(8), 7);
-  EXPECT_EQ(fields.FixedInt32(12), 300);
-  EXPECT_EQ(fields.Text(16, 7), "<tree/>");
-}
-
-TEST_P(OmStreamWriterLayoutTest, InteractiveJsonLengthSitsAtOffset8) {
-  _writer.InteractiveJson(1, 16, "{}");
-  const OmStreamRecord& record = Only(_writer, MessageCode::IPC_INTERACTIVE_JSON);
-  PayloadFields fields(record.payload, BigEndian());
-  EXPECT_EQ(fields.Int32(0), 1);
-  EXPECT_EQ(fields.Int32(4), 16);
-  EXPECT_EQ(fields.Int32(8), 2);
-  EXPECT_EQ(fields.Text(12, 2), "{}");
-}
-
-TEST_P(OmStreamWriterLayoutTest, LongStringPieceCarriesLastByteAtOffset16) {
-  _writer.LongStringPiece(43, 2, "e", "f", true);
-  const OmStreamRecord& record = Only(_writer, MessageCode::IPC_LONG_STRING);
-  PayloadFields fields(record.payload, BigEndian());
-  EXPECT_EQ(fields.Int32(0), 1);
-  EXPECT_EQ(fields.Int32(4), 1);
-  EXPECT_EQ(fields.Int32(8), 43);
-  EXPECT_EQ(fields.Int32(12), 2);
-  EXPECT_EQ(fields.Byte(16), 1);
-  EXPECT_EQ(fields.Text(17, 2), "ef");
-}
-
-TEST_P(OmStreamWriterLayoutTest, LongTextPutsThreeLengthsBeforeTheCellId) {
-  _writer.LongText(44, "aa", "bbb", "c");
-  const OmStreamRecord& record = Only(_writer, MessageCode::IPC_LONG_TEXT);
-  PayloadFields fields(record.payload, BigEndian());
-  EXPECT_EQ(fields.Int32(0), 2);
-  EXPECT_EQ(fields.Int32(4), 3);
-  EXPECT_EQ(fields.Int32(8), 1);
-  EXPECT_EQ(fields.Int32(12), 44);
-  EXPECT_EQ(fields.Text(16, 6), "aabbbc");
-}
-
-TEST_P(OmStreamWriterLayoutTest, ConversionNameAndOutputSettingAreBytesAndTerminatedTexts) {
-  _writer.ConversionName(9, "windows-1252");
-  _writer.OutputSetting("OLANG", "German");
-  const auto& records = _writer.Records();
-  ASSERT_EQ(records.size(), 2u);
-  PayloadFields name(records[0].payload, BigEndian());
-  EXPECT_EQ(name.Byte(0), 9);
-  EXPECT_EQ(name.Byte(1), 12);
-  EXPECT_EQ(name.Text(2, 12), "windows-1252");
-
-  PayloadFields setting(records[1].payload, BigEndian());
-  EXPECT_EQ(setting.Text(0, 16), std::string(16, '\0'));
-  EXPECT_EQ(setting.Text(16, 6), std::string("OLANG\0", 6));
-  EXPECT_EQ(setting.Text(32, 7), std::string("German\0", 7));
-  EXPECT_EQ(setting.Size(), 39u);
 }
 
 TEST_P(OmStreamWriterLayoutTest, EndProcedureDeliversTheSpecsTextThroughTheMessageHandler) {
   SvrBootstrapSpecs specs;
   specs.SetNSamples(200);
   specs.SetJackknifeBoundaries({201, 221});
-  _writer.EndProcedure(specs, 3, 77);
-  ASSERT_EQ(_writer.Records().size(), 3u);
-  for (const OmStreamRecord& record : _writer.Records()) {
+  OmStreamWriter writer(GetParam());
+  writer.EndProcedure(specs, 3, 77);
+  ASSERT_EQ(writer.Records().size(), 3u);
+  for (const OmStreamRecord& record : writer.Records()) {
     EXPECT_EQ(record.code, Code(MessageCode::IPC_END_PROCEDURE));
-    PayloadFields header(record.payload, BigEndian());
+    PayloadFields header(record.payload, GetParam() == ByteOrder::BigEndian);
     EXPECT_EQ(header.FixedInt32(0), 77) << "the part header is little-endian in either order";
     EXPECT_EQ(header.FixedInt32(8), 3);
   }
-  const std::vector<MessageItem> items = Reassemble(_writer.Records());
+  const std::vector<MessageItem> items = Reassemble(writer.Records());
   ASSERT_EQ(items.size(), 1u);
   EXPECT_EQ(items[0].kind, 0u);
   SvrBootstrapSpecs read;
@@ -412,35 +248,30 @@ std::vector<std::size_t> PieceLengths(const OmStreamWriter& writer, const std::s
   return lengths;
 }
 
-TEST(OmStreamWriterChunkingTest, TextOfExactly32766BytesIsOneMessage) {
-  OmStreamWriter writer;
-  const std::string text(32766, 'x');
-  writer.String(5, text, 1);
-  EXPECT_EQ(PieceLengths(writer, text), (std::vector<std::size_t>{32766}));
-}
-
-TEST(OmStreamWriterChunkingTest, OneByteMoreNeedsAnEmptyClosingPiece) {
-  OmStreamWriter writer;
-  const std::string text(32767, 'x');
-  writer.String(5, text, 1);
-  EXPECT_EQ(PieceLengths(writer, text), (std::vector<std::size_t>{32767, 0}));
-}
-
-TEST(OmStreamWriterChunkingTest, LongTextsSplitIntoBufferedPiecesAndAShortLastOne) {
-  std::string text;
-  for (int i = 0; i < 70000; ++i) text += static_cast<char>('a' + i % 26);
-  OmStreamWriter writer;
-  writer.String(5, text, 1, 40000);
-  EXPECT_EQ(PieceLengths(writer, text), (std::vector<std::size_t>{40000, 30000}));
-
-  OmStreamWriter standard;
-  standard.String(5, text, 1);
-  EXPECT_EQ(PieceLengths(standard, text), (std::vector<std::size_t>{32767, 32767, 4466}));
-
-  OmStreamWriter even;
-  const std::string twice(2 * 32767, 'y');
-  even.String(5, twice, 1);
-  EXPECT_EQ(PieceLengths(even, twice), (std::vector<std::size_t>{32767, 32767, 0}));
+TEST(OmStreamWriterChunkingTest, LongTextsSplitIntoFullPiecesAndAShortOrEmptyLastOne) {
+  std::string alphabet;
+  for (int i = 0; i < 70000; ++i) alphabet += static_cast<char>('a' + i % 26);
+  const struct {
+    std::string text;
+    std::size_t chunk; // 0: the standard one
+    std::vector<std::size_t> pieces;
+  } cases[] = {
+      {std::string(32766, 'x'), 0, {32766}},
+      {std::string(32767, 'x'), 0, {32767, 0}}, // one byte more needs an empty closing piece
+      {alphabet, 40000, {40000, 30000}},
+      {alphabet, 0, {32767, 32767, 4466}},
+      {std::string(2 * 32767, 'y'), 0, {32767, 32767, 0}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.text.size() << " bytes in chunks of " << c.chunk);
+    OmStreamWriter writer;
+    if (c.chunk == 0) {
+      writer.String(5, c.text, 1);
+    } else {
+      writer.String(5, c.text, 1, c.chunk);
+    }
+    EXPECT_EQ(PieceLengths(writer, c.text), c.pieces);
+  }
 }
 
 TEST(OmStreamWriterChunkingTest, ChunksThatWouldEndTheStringEarlyAreRefused) {
