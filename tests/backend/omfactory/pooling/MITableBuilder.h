@@ -10,6 +10,8 @@
 #include <vector>
 
 #include "backend/omfactory/pooling/OmPoolingTools.h"
+#include "platform/mipool/MPFactory.h"
+#include "platform/mipool/MPParamContainer.h"
 #include "platform/mipool/MiOutputSettings.h"
 #include "platform/outputmodel/OmComposite.h"
 #include "platform/outputmodel/OmNumDataValue.h"
@@ -109,5 +111,36 @@ public:
 private:
   bool _pooled = true, _observed = true, _imputed = true, _diagnostics = true;
 };
+
+// The pooling computation run directly on per-imputation estimates (and standard errors, when
+// given): the reference the pooled cells are checked against.
+struct Reference {
+  std::vector<double> estimates;
+  std::vector<double> standardErrors;
+  std::vector<double> significance;
+  std::vector<double> fractionMissing;
+  std::vector<double> between;
+};
+inline Reference Pooled(const std::vector<std::vector<double>>& estimates,
+                        const std::vector<std::vector<double>>& standardErrors = {}) {
+  auto computation = MPFactory::CreateMPCompAlgorithm();
+  MPParamContainer params;
+  params.SetCount(standardErrors.empty() ? MPParamContainer::kEstimatesOnly
+                                         : MPParamContainer::kWithStandardErrors);
+  for (std::size_t i = 0; i < estimates.size(); ++i) {
+    params.Estimates() = estimates[i];
+    params.StandardErrors() = standardErrors.empty() ? std::vector<double>{} : standardErrors[i];
+    EXPECT_TRUE(computation->AddImputation(params).IsOK());
+  }
+  EXPECT_TRUE(computation->Combine(params).IsOK());
+  Reference r;
+  r.estimates = params.Estimates();
+  r.standardErrors = params.PooledStandardErrors();
+  r.between = params.BetweenVariances();
+  std::vector<double> total, increase, efficiency, df, wald;
+  computation->Diagnostics(total, increase, r.fractionMissing, efficiency, r.significance);
+  computation->DfAndSignificance({0.0}, df, wald, r.significance);
+  return r;
+}
 
 }  // namespace mitest
