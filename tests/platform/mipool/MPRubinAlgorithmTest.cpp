@@ -111,13 +111,15 @@ void ExpectScalarMatches(double completeDf, const ScalarReference& ref) {
   ExpectRelNear(upper.at(0), ref.upper90, kLoose);
 }
 
-TEST(MPRubinAlgorithm, ScalarWithoutCompleteDfMatchesClassicalRubin) {
-  ExpectScalarMatches(0.0, {77.130194017625357, 0.24700412179364492, 0.036690861783279544,
-                            0.07695240824059324, 2.3480475917594066, 0.26306446011697548,
-                            2.1619355398830242, 0.95292473265502065});
-}
-
-TEST(MPRubinAlgorithm, ScalarWithCompleteDfMatchesBarnardRubin) {
+// Without complete-data df: classical Rubin; with them: Barnard-Rubin.
+TEST(MPRubinAlgorithm, ScalarMatchesRubinAndBarnardRubin) {
+  {
+    SCOPED_TRACE("no complete-data df");
+    ExpectScalarMatches(0.0, {77.130194017625357, 0.24700412179364492, 0.036690861783279544,
+                              0.07695240824059324, 2.3480475917594066, 0.26306446011697548,
+                              2.1619355398830242, 0.95292473265502065});
+  }
+  SCOPED_TRACE("complete-data df 27");
   ExpectScalarMatches(27.0, {15.540187585670495, 0.31103652730936215, 0.049893124055631927,
                              0.00064068528488436804, 2.4243593147151152, 0.21504254504816978,
                              2.2099574549518302, 0.94143581470208093});
@@ -213,6 +215,11 @@ TEST(MPRubinAlgorithm, ModelTermsMatchMicePool) {
   ASSERT_TRUE(algorithm->DfAndSignificance({0.0}, df, wald, p).IsOK());
   ExpectAllRelNear(df, {6.6682801781273708, 6.2935737304808406, 7.3788514867762007}, kLoose);
   ExpectAllRelNear(p, {0.89896229164187313, 0.025564250704490164, 0.046754579304201134}, kLoose);
+  // The per-term Wald statistic is t squared.
+  ExpectAllRelNear(wald,
+                   {0.13188970317065291 * 0.13188970317065291,
+                    2.909393847906343 * 2.909393847906343, 2.3847752486059459 * 2.3847752486059459},
+                   kTight);
 
   std::vector<double> lower, upper;
   ASSERT_TRUE(algorithm->ConfidenceInterval(0.95, lower, upper).IsOK());
@@ -221,18 +228,12 @@ TEST(MPRubinAlgorithm, ModelTermsMatchMicePool) {
   ExpectAllRelNear(upper, {161.31038092682849, 63.482434995836982, 10.405854584620382}, kLoose);
 }
 
-TEST(MPRubinAlgorithm, PerTermWaldStatisticIsSquaredTAgainstEachTermsNullValue) {
+TEST(MPRubinAlgorithm, TestingEachTermAgainstItsOwnPooledValueGivesZeroAndProbabilityOne) {
   MPParamContainer params;
   std::unique_ptr<MPCompAlgorithm> algorithm =
       Pool(ModelImputations({0, 1, 2}, false), params, 22.0);
   std::vector<double> df, wald, p;
-  ASSERT_TRUE(algorithm->DfAndSignificance({0.0}, df, wald, p).IsOK());
-  ExpectAllRelNear(wald,
-                   {0.13188970317065291 * 0.13188970317065291,
-                    2.909393847906343 * 2.909393847906343, 2.3847752486059459 * 2.3847752486059459},
-                   kTight);
-
-  // Testing each term against its own pooled value gives t = 0 and p = 1; df do not change.
+  // Each term has its own null value; df do not change.
   ASSERT_TRUE(algorithm
                   ->DfAndSignificance({-9.4271829716839726, 34.659183723016064, 5.2519736081054145},
                                       df, wald, p)
@@ -252,55 +253,46 @@ struct WaldReference {
   double statistic, df1, df2, p, riv;
 };
 
-void ExpectWaldMatches(const std::vector<Imputation>& imputations, double completeDf,
-                       const WaldReference& ref) {
-  MPParamContainer params;
-  std::unique_ptr<MPCompAlgorithm> algorithm = Pool(imputations, params, completeDf);
-  std::vector<double> statistic, df, p, riv;
-  const MCCommon::MCStatus status = algorithm->WaldTest({0.0}, statistic, df, p, riv);
-  ASSERT_TRUE(status.IsOK()) << status.GetErrorCode();
-  ExpectRelNear(statistic.at(0), ref.statistic, kTight);
-  EXPECT_EQ(df.at(0), ref.df1);
-  ExpectRelNear(df.at(1), ref.df2, kLoose);
-  ExpectRelNear(p.at(0), ref.p, kLoose);
-  ExpectRelNear(riv.at(0), ref.riv, kTight);
-}
-
-TEST(MPRubinAlgorithm, JointWaldTestWithCompleteDfMatchesMiceD1) {
-  ExpectWaldMatches(ModelImputations({1, 2}, true), 22.0,
-                    {5.6393724188911705, 2, 6.5981929404170634, 0.037318684008712515,
-                     0.77222794974799358});
-}
-
-TEST(MPRubinAlgorithm, JointWaldTestWithoutCompleteDfUsesLiRaghunathanRubinDf) {
-  ExpectWaldMatches(ModelImputations({1, 2}, true), 0.0,
-                    {5.6393724188911705, 2, 19.542767206637816, 0.011656200896659299,
-                     0.77222794974799358});
-}
-
-TEST(MPRubinAlgorithm, JointWaldTestFromStandardErrorsUsesDiagonalCovariance) {
-  ExpectWaldMatches(ModelImputations({1, 2}, false), 22.0,
-                    {7.150581783322119, 2, 6.103674715688749, 0.02514227345625145,
-                     0.87740883216878784});
-  ExpectWaldMatches(ModelImputations({1, 2}, false), 0.0,
-                    {7.150581783322119, 2, 17.760978776516033, 0.0052714094813085931,
-                     0.87740883216878784});
-}
-
-TEST(MPRubinAlgorithm, JointWaldTestOverAllTermsKeepsTinySignificancesAccurate) {
-  ExpectWaldMatches(ModelImputations({0, 1, 2}, true), 0.0,
-                    {181.97974102503724, 3, 43.732270643514688, 1.0213308253542913e-24,
-                     0.67829417501033396});
-  ExpectWaldMatches(ModelImputations({0, 1, 2}, true), 22.0,
-                    {181.97974102503724, 3, 9.721081579179657, 7.6483356517005762e-09,
-                     0.67829417501033396});
-}
-
-TEST(MPRubinAlgorithm, JointWaldTestWithFewImputationsUsesSmallSampleDf) {
-  // k = 2 terms, m = 3 imputations: k(m - 1) = 4.
-  ExpectWaldMatches(ModelImputations({1, 2}, true, 3), 0.0,
-                    {5.0844734597845083, 2, 9.5313559009025841, 0.031426421639022623,
-                     1.2780412279448661});
+TEST(MPRubinAlgorithm, JointWaldTestMatchesMiceAndMitml) {
+  const struct {
+    const char* what;
+    std::vector<std::size_t> terms;
+    bool covariances;
+    std::size_t imputations;
+    double completeDf;
+    WaldReference ref;
+  } cases[] = {
+      {"mice D1", {1, 2}, true, 5, 22.0,
+       {5.6393724188911705, 2, 6.5981929404170634, 0.037318684008712515, 0.77222794974799358}},
+      {"Li-Raghunathan-Rubin df without complete-data df", {1, 2}, true, 5, 0.0,
+       {5.6393724188911705, 2, 19.542767206637816, 0.011656200896659299, 0.77222794974799358}},
+      {"diagonal covariance from standard errors", {1, 2}, false, 5, 22.0,
+       {7.150581783322119, 2, 6.103674715688749, 0.02514227345625145, 0.87740883216878784}},
+      {"diagonal covariance, no complete-data df", {1, 2}, false, 5, 0.0,
+       {7.150581783322119, 2, 17.760978776516033, 0.0052714094813085931, 0.87740883216878784}},
+      // Tiny significances must stay accurate.
+      {"all terms", {0, 1, 2}, true, 5, 0.0,
+       {181.97974102503724, 3, 43.732270643514688, 1.0213308253542913e-24, 0.67829417501033396}},
+      {"all terms with complete-data df", {0, 1, 2}, true, 5, 22.0,
+       {181.97974102503724, 3, 9.721081579179657, 7.6483356517005762e-09, 0.67829417501033396}},
+      // k = 2 terms, m = 3 imputations: k(m - 1) = 4 takes the small-sample df.
+      {"few imputations", {1, 2}, true, 3, 0.0,
+       {5.0844734597845083, 2, 9.5313559009025841, 0.031426421639022623, 1.2780412279448661}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    MPParamContainer params;
+    std::unique_ptr<MPCompAlgorithm> algorithm =
+        Pool(ModelImputations(c.terms, c.covariances, c.imputations), params, c.completeDf);
+    std::vector<double> statistic, df, p, riv;
+    const MCCommon::MCStatus status = algorithm->WaldTest({0.0}, statistic, df, p, riv);
+    ASSERT_TRUE(status.IsOK()) << status.GetErrorCode();
+    ExpectRelNear(statistic.at(0), c.ref.statistic, kTight);
+    EXPECT_EQ(df.at(0), c.ref.df1);
+    ExpectRelNear(df.at(1), c.ref.df2, kLoose);
+    ExpectRelNear(p.at(0), c.ref.p, kLoose);
+    ExpectRelNear(riv.at(0), c.ref.riv, kTight);
+  }
 }
 
 TEST(MPRubinAlgorithm, JointWaldTestAgainstPooledValuesIsZero) {
