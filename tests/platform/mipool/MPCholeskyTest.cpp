@@ -15,23 +15,31 @@ std::vector<double> Multiply(const std::vector<double>& a, const std::vector<dou
   return y;
 }
 
-TEST(MPCholesky, SolvesASymmetricPositiveDefiniteSystem) {
-  const std::vector<double> a = {4, 12, -16, 12, 37, -43, -16, -43, 98};
-  const MPCholesky factor(3, a);
-  ASSERT_TRUE(factor.IsPositiveDefinite());
-  // L = [2 0 0; 6 1 0; -8 5 3]: x = (1, -2, 0.5) gives b = A x.
-  const std::vector<double> x = {1.0, -2.0, 0.5};
-  const std::vector<double> solved = factor.Solve(Multiply(a, x));
-  for (std::size_t i = 0; i < 3; ++i)
-    EXPECT_NEAR(solved[i], x[i], 1e-12);
-}
-
-TEST(MPCholesky, ReadsOnlyTheLowerTriangle) {
-  const MPCholesky factor(2, {2.0, 999.0, 1.0, 2.0});
-  ASSERT_TRUE(factor.IsPositiveDefinite());
-  const std::vector<double> solved = factor.Solve({3.0, 3.0}); // [2 1; 1 2] x = (3, 3)
-  EXPECT_NEAR(solved[0], 1.0, 1e-15);
-  EXPECT_NEAR(solved[1], 1.0, 1e-15);
+TEST(MPCholesky, SolvesSymmetricPositiveDefiniteSystems) {
+  const struct {
+    const char* what;
+    std::vector<double> a; // only the lower triangle is read
+    std::vector<double> x;
+    double tolerance;
+  } cases[] = {
+      // L = [2 0 0; 6 1 0; -8 5 3].
+      {"3 x 3", {4, 12, -16, 12, 37, -43, -16, -43, 98}, {1.0, -2.0, 0.5}, 1e-12},
+      {"upper triangle ignored", {2.0, 999.0, 1.0, 2.0}, {1.0, 1.0}, 1e-15},
+      // Variances of terms on very different scales are common (an intercept and a slope).
+      {"widely scaled", {1e6, 0.0, 0.0, 1e-4}, {1.0, 1.0}, 1e-12},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    const std::size_t n = c.x.size();
+    std::vector<double> symmetric = c.a;
+    for (std::size_t i = 0; i < n; ++i)
+      for (std::size_t j = i + 1; j < n; ++j) symmetric[i * n + j] = symmetric[j * n + i];
+    const MPCholesky factor(n, c.a);
+    ASSERT_TRUE(factor.IsPositiveDefinite());
+    const std::vector<double> solved = factor.Solve(Multiply(symmetric, c.x));
+    ASSERT_EQ(solved.size(), n);
+    for (std::size_t i = 0; i < n; ++i) EXPECT_NEAR(solved[i], c.x[i], c.tolerance);
+  }
 }
 
 TEST(MPCholesky, RejectsSingularAndIndefiniteMatrices) {
@@ -41,15 +49,6 @@ TEST(MPCholesky, RejectsSingularAndIndefiniteMatrices) {
   EXPECT_FALSE(MPCholesky(1, {0.0}).IsPositiveDefinite());
   EXPECT_FALSE(MPCholesky(2, {1.0, 0.0, 0.0}).IsPositiveDefinite()); // wrong size
   EXPECT_FALSE(MPCholesky(0, {}).IsPositiveDefinite());
-}
-
-TEST(MPCholesky, AcceptsWidelyScaledButRegularMatrices) {
-  // Variances of terms on very different scales are common (an intercept and a slope).
-  const MPCholesky factor(2, {1e6, 0.0, 0.0, 1e-4});
-  ASSERT_TRUE(factor.IsPositiveDefinite());
-  const std::vector<double> solved = factor.Solve({1e6, 1e-4});
-  EXPECT_NEAR(solved[0], 1.0, 1e-12);
-  EXPECT_NEAR(solved[1], 1.0, 1e-12);
 }
 
 } // namespace
