@@ -34,21 +34,22 @@ TEST_F(MiOutputSettingsTest, FlagsComeBackInTheirParameterOrder) {
   EXPECT_EQ(Read(), (Flags{false, true, true, false}));
 }
 
-TEST_F(MiOutputSettingsTest, ValueSetsEachFlagByWhetherItsWordOccurs) {
-  SetMiOutputSettingsFromValue("pooled diagnostics");
-  EXPECT_EQ(Read(), (Flags{true, false, false, true}));
-  SetMiOutputSettingsFromValue("imputed,observed");
-  EXPECT_EQ(Read(), (Flags{false, true, true, false}));
-  // Words are found anywhere in the value, even inside other text.
-  SetMiOutputSettingsFromValue("[unpooled]xdiagnosticsx");
-  EXPECT_EQ(Read(), (Flags{true, false, false, true}));
-}
-
-TEST_F(MiOutputSettingsTest, ValueWithoutTheWordsClearsEveryFlag) {
-  SetMiOutputSettingsFromValue("");
-  EXPECT_EQ(Read(), (Flags{false, false, false, false}));
-  SetMiOutputSettingsFromValue("DIAGNOSTICS Pooled");
-  EXPECT_EQ(Read(), (Flags{false, false, false, false}));
+TEST_F(MiOutputSettingsTest, ValueSetsEachFlagByWhetherItsLowerCaseWordOccursAnywhere) {
+  const struct {
+    const char* value;
+    Flags flags;
+  } cases[] = {
+      {"pooled diagnostics", {true, false, false, true}},
+      {"imputed,observed", {false, true, true, false}},
+      {"[unpooled]xdiagnosticsx", {true, false, false, true}}, // even inside other text
+      {"", {false, false, false, false}},
+      {"DIAGNOSTICS Pooled", {false, false, false, false}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.value);
+    SetMiOutputSettingsFromValue(c.value);
+    EXPECT_EQ(Read(), c.flags);
+  }
 }
 
 } // namespace
