@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -16,6 +17,14 @@ MCBSStdErrorBias Fed(const std::vector<double>& values) {
   MCBSStdErrorBias stats;
   for (double value : values) stats.AddBootstrapStat(value);
   return stats;
+}
+
+void ExpectValue(double actual, double expected, double tolerance) {
+  if (expected == kMissing) {
+    EXPECT_EQ(actual, kMissing);
+  } else {
+    EXPECT_NEAR(actual, expected, tolerance);
+  }
 }
 }  // namespace
 
@@ -42,62 +51,43 @@ TEST(MCBSStdErrorBias, BiasAndStandardErrorMatchRReference) {
   }
 }
 
-TEST(MCBSStdErrorBias, SmallSetGivesHandComputedValues) {
-  const MCBSStdErrorBias stats = Fed({1.0, 2.0, 3.0, 4.0});
-  EXPECT_DOUBLE_EQ(stats.GetMean(), 2.5);
-  EXPECT_DOUBLE_EQ(stats.GetBias(2.0), 0.5);
-  EXPECT_DOUBLE_EQ(stats.GetBias(3.0), -0.5);
-  // Squared deviations 2.25 + 0.25 + 0.25 + 2.25 = 5 over n - 1 = 3.
-  EXPECT_DOUBLE_EQ(stats.GetStandardError(), std::sqrt(5.0 / 3.0));
-}
-
-TEST(MCBSStdErrorBias, StandardErrorStaysExactForLargeCloseValues) {
-  // A one-pass sum of squares loses every digit here (the squares are near 1e18); the spread of
-  // 4, 7, 13, 16 around 10 gives a variance of 90 / 3 = 30.
-  const MCBSStdErrorBias stats = Fed({1e9 + 4, 1e9 + 7, 1e9 + 13, 1e9 + 16});
-  EXPECT_NEAR(stats.GetStandardError(), std::sqrt(30.0), 1e-9);
-  EXPECT_NEAR(stats.GetBias(1e9), 10.0, 1e-6);
-}
-
-TEST(MCBSStdErrorBias, IdenticalReplicatesHaveZeroStandardError) {
-  const MCBSStdErrorBias stats = Fed({0.1, 0.1, 0.1, 0.1, 0.1, 0.1, 0.1});
-  EXPECT_EQ(stats.GetStandardError(), 0.0);
-  EXPECT_NEAR(stats.GetBias(0.1), 0.0, 1e-17);
-}
-
-TEST(MCBSStdErrorBias, WithoutReplicatesBothResultsAreSystemMissing) {
-  const MCBSStdErrorBias stats;
-  EXPECT_EQ(stats.GetCount(), 0u);
-  EXPECT_EQ(stats.GetBias(1.0), kMissing);
-  EXPECT_EQ(stats.GetStandardError(), kMissing);
-  EXPECT_EQ(stats.GetMean(), kMissing);
-}
-
-TEST(MCBSStdErrorBias, OneReplicateGivesBiasButNoStandardError) {
-  const MCBSStdErrorBias stats = Fed({3.5});
-  EXPECT_DOUBLE_EQ(stats.GetBias(3.0), 0.5);
-  EXPECT_EQ(stats.GetStandardError(), kMissing);
-}
-
-TEST(MCBSStdErrorBias, SystemMissingReplicatesAreAbsent) {
-  const MCBSStdErrorBias stats = Fed({1.0, kMissing, 2.0, 3.0, kMissing, 4.0});
-  EXPECT_EQ(stats.GetCount(), 4u);
-  EXPECT_DOUBLE_EQ(stats.GetBias(2.0), 0.5);
-  EXPECT_DOUBLE_EQ(stats.GetStandardError(), std::sqrt(5.0 / 3.0));
-}
-
-TEST(MCBSStdErrorBias, SystemMissingEstimateGivesSystemMissingBias) {
-  const MCBSStdErrorBias stats = Fed({1.0, 2.0});
-  EXPECT_EQ(stats.GetBias(kMissing), kMissing);
-}
-
-TEST(MCBSStdErrorBias, NotANumberOrInfinityMakesResultsSystemMissing) {
+TEST(MCBSStdErrorBias, HandComputedAndDegenerateSetsGiveTheirValuesOrSystemMissing) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   const double inf = std::numeric_limits<double>::infinity();
-  for (double bad : {nan, inf, -inf}) {
-    const MCBSStdErrorBias stats = Fed({1.0, bad, 2.0});
-    EXPECT_EQ(stats.GetBias(1.0), kMissing) << bad;
-    EXPECT_EQ(stats.GetStandardError(), kMissing) << bad;
+  // Squared deviations of 1..4 from 2.5: 2.25 + 0.25 + 0.25 + 2.25 = 5 over n - 1 = 3.
+  const double spread = std::sqrt(5.0 / 3.0);
+  const struct {
+    const char* what;
+    std::vector<double> values;
+    double estimate, bias, standardError, tolerance;
+    std::optional<std::size_t> count;
+    std::optional<double> mean;
+  } cases[] = {
+      {"hand computed", {1, 2, 3, 4}, 2.0, 0.5, spread, 1e-15, 4, 2.5},
+      {"estimate above the mean", {1, 2, 3, 4}, 3.0, -0.5, spread, 1e-15, {}, {}},
+      // A one-pass sum of squares loses every digit here (the squares are near 1e18); the
+      // spread of 4, 7, 13, 16 around 10 gives a variance of 90 / 3 = 30.
+      {"large close values", {1e9 + 4, 1e9 + 7, 1e9 + 13, 1e9 + 16}, 1e9, 10.0, std::sqrt(30.0),
+       1e-6, {}, {}},
+      {"identical", std::vector<double>(7, 0.1), 0.1, 0.0, 0.0, 1e-17, {}, {}},
+      {"none", {}, 1.0, kMissing, kMissing, 0, 0, kMissing},
+      {"one: no standard error", {3.5}, 3.0, 0.5, kMissing, 1e-15, {}, {}},
+      {"system-missing replicates are absent", {1, kMissing, 2, 3, kMissing, 4}, 2.0, 0.5, spread,
+       1e-15, 4, {}},
+      {"system-missing estimate", {1, 2}, kMissing, kMissing, std::sqrt(0.5), 1e-15, {}, {}},
+      {"NaN", {1, nan, 2}, 1.0, kMissing, kMissing, 0, {}, {}},
+      {"infinity", {1, inf, 2}, 1.0, kMissing, kMissing, 0, {}, {}},
+      {"minus infinity", {1, -inf, 2}, 1.0, kMissing, kMissing, 0, {}, {}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    const MCBSStdErrorBias stats = Fed(c.values);
+    ExpectValue(stats.GetBias(c.estimate), c.bias, c.tolerance);
+    ExpectValue(stats.GetStandardError(), c.standardError, c.tolerance);
+    if (c.count) {
+      EXPECT_EQ(stats.GetCount(), *c.count);
+    }
+    if (c.mean) ExpectValue(stats.GetMean(), *c.mean, c.tolerance);
   }
 }
 
