@@ -24,6 +24,14 @@ std::vector<double> OneTo(int count) {
   for (int i = 1; i <= count; ++i) values.push_back(i);
   return values;
 }
+
+void ExpectBound(double actual, double expected) {
+  if (expected == kMissing) {
+    EXPECT_EQ(actual, kMissing);
+  } else {
+    EXPECT_NEAR(actual, expected, 1e-9 * std::fabs(expected));
+  }
+}
 }  // namespace
 
 // Expected bounds: R 4.2.2, boot 1.3-28.1, boot.ci(type = "perc") on the sets of
@@ -69,49 +77,46 @@ TEST(MCBSPercentileCI, InterpolatesOnTheNormalQuantileScale) {
   EXPECT_NEAR(MCBSPercentileCI::Quantile({1.0, 2.0, 3.0, 4.0}, 0.3), 1.5392396239303676, 1e-12);
 }
 
-TEST(MCBSPercentileCI, ReplicateOrderDoesNotMatter) {
+TEST(MCBSPercentileCI, EdgeCasesGiveTheirBoundsOrSystemMissing) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
   std::vector<double> reversed = BootReference::CaseC().replicates;
   std::reverse(reversed.begin(), reversed.end());
-  EXPECT_EQ(Interval(reversed, 0.9), Interval(BootReference::CaseC().replicates, 0.9));
-}
-
-TEST(MCBSPercentileCI, NeedsThirtyNineReplicatesForNinetyFivePercent) {
-  // Ranks 40 * 0.025 = 1 and 39: the extremes themselves.
-  const auto [lower, upper] = Interval(OneTo(39), 0.95);
-  EXPECT_EQ(lower, 1.0);
-  EXPECT_EQ(upper, 39.0);
-  // With 38 the ranks 0.975 and 38.025 lie outside the replicates.
-  EXPECT_EQ(Interval(OneTo(38), 0.95), std::make_pair(kMissing, kMissing));
-}
-
-TEST(MCBSPercentileCI, TooFewReplicatesGiveSystemMissingWhereBootPinsTheExtremes) {
-  // boot.ci gives (t(1), t(20)) here with a warning; rank 21 * 0.025 = 0.525 is not reachable.
-  EXPECT_EQ(Interval(BootReference::CaseA().replicates, 0.95), std::make_pair(kMissing, kMissing));
-}
-
-TEST(MCBSPercentileCI, IdenticalReplicatesGiveAPointInterval) {
-  EXPECT_EQ(Interval(std::vector<double>(50, 2.25), 0.9), std::make_pair(2.25, 2.25));
-}
-
-TEST(MCBSPercentileCI, SystemMissingReplicatesAreAbsent) {
   std::vector<double> withGaps = OneTo(39);
   withGaps.insert(withGaps.begin() + 5, kMissing);
   withGaps.push_back(kMissing);
-  MCBSPercentileCI ci;
-  ci.SetBootstrapStats(withGaps);
-  EXPECT_EQ(ci.GetCount(), 39u);
-  EXPECT_EQ(ci.GetCI(0.95), std::make_pair(1.0, 39.0));
-}
-
-TEST(MCBSPercentileCI, EmptyOrUnusableInputGivesSystemMissingBounds) {
-  const auto missing = std::make_pair(kMissing, kMissing);
-  EXPECT_EQ(Interval({}, 0.9), missing);
-  EXPECT_EQ(Interval({kMissing, kMissing}, 0.9), missing);
   std::vector<double> withNaN = OneTo(100);
-  withNaN[40] = std::numeric_limits<double>::quiet_NaN();
-  EXPECT_EQ(Interval(withNaN, 0.9), missing);
-  for (double level : {0.0, 1.0, -0.5, 95.0, std::numeric_limits<double>::quiet_NaN()}) {
-    EXPECT_EQ(Interval(OneTo(100), level), missing) << level;
+  withNaN[40] = nan;
+  std::vector<double> withInfinity = OneTo(39);
+  withInfinity[0] = -std::numeric_limits<double>::infinity();
+  const struct {
+    const char* what;
+    std::vector<double> replicates;
+    double level, lower, upper;
+  } cases[] = {
+      {"replicate order does not matter", reversed, 0.9, 1.0246086348937371, 7.4481167404787394},
+      // Ranks 40 * 0.025 = 1 and 39: the extremes themselves.
+      {"39 replicates suffice for 95%", OneTo(39), 0.95, 1.0, 39.0},
+      // Ranks 0.975 and 38.025 lie outside the replicates.
+      {"38 replicates do not", OneTo(38), 0.95, kMissing, kMissing},
+      // boot.ci gives (t(1), t(20)) here with a warning; rank 21 * 0.025 = 0.525 is unreachable.
+      {"where boot pins the extremes", BootReference::CaseA().replicates, 0.95, kMissing, kMissing},
+      {"identical replicates", std::vector<double>(50, 2.25), 0.9, 2.25, 2.25},
+      {"system-missing replicates are absent", withGaps, 0.95, 1.0, 39.0},
+      {"infinite order statistic", withInfinity, 0.95, kMissing, 39.0},
+      {"no replicates", {}, 0.9, kMissing, kMissing},
+      {"only system-missing", {kMissing, kMissing}, 0.9, kMissing, kMissing},
+      {"NaN replicate", withNaN, 0.9, kMissing, kMissing},
+      {"level 0", OneTo(100), 0.0, kMissing, kMissing},
+      {"level 1", OneTo(100), 1.0, kMissing, kMissing},
+      {"negative level", OneTo(100), -0.5, kMissing, kMissing},
+      {"level as a percentage", OneTo(100), 95.0, kMissing, kMissing},
+      {"NaN level", OneTo(100), nan, kMissing, kMissing},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    const auto [lower, upper] = Interval(c.replicates, c.level);
+    ExpectBound(lower, c.lower);
+    ExpectBound(upper, c.upper);
   }
 }
 
@@ -123,12 +128,4 @@ TEST(MCBSPercentileCI, SetBootstrapStatsReplacesEarlierValues) {
   const MCBSPercentileCI copy = ci;
   ci.SetBootstrapStats({});
   EXPECT_EQ(copy.GetCI(0.95), std::make_pair(1.0, 39.0));
-}
-
-TEST(MCBSPercentileCI, InfiniteOrderStatisticGivesSystemMissingBound) {
-  std::vector<double> values = OneTo(39);
-  values[0] = -std::numeric_limits<double>::infinity();
-  const auto [lower, upper] = Interval(values, 0.95);
-  EXPECT_EQ(lower, kMissing);
-  EXPECT_EQ(upper, 39.0);
 }
