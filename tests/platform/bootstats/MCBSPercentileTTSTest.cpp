@@ -35,14 +35,33 @@ TEST(MCBSPercentileTTS, SymmetricReplicatesGiveTheShareOfLargerAbsoluteT) {
   EXPECT_DOUBLE_EQ(mirrored.GetProbability(MCBSPercentileTTS::LessThan), 2.0 / 6.0);
 }
 
-TEST(MCBSPercentileTTS, EstimateAtTheTestValueGivesProbabilityOne) {
-  const MCBSPercentileTTS test = WithOffsets(1.5, 0.3, 1.5, {-0.4, 0.1, 0.2, 0.7});
-  EXPECT_EQ(test.GetProbability(MCBSPercentileTTS::TwoTailed), 1.0);
-}
-
-TEST(MCBSPercentileTTS, ObservedTBeyondEveryReplicateGivesZero) {
-  const MCBSPercentileTTS test = WithOffsets(10.0, 1.0, 0.0, {-3, -2, -1, 1, 2, 3});
-  EXPECT_EQ(test.GetProbability(MCBSPercentileTTS::TwoTailed), 0.0);
+TEST(MCBSPercentileTTS, ExtremeOrUnusableInputsGiveOneZeroOrSystemMissing) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const std::vector<double> pair{-1, 1};
+  const struct {
+    const char* what;
+    double estimate, stdError, testValue;
+    std::vector<double> offsets;
+    double p;
+  } cases[] = {
+      {"estimate at the test value", 1.5, 0.3, 1.5, {-0.4, 0.1, 0.2, 0.7}, 1.0},
+      {"observed t beyond every replicate", 10.0, 1.0, 0.0, {-3, -2, -1, 1, 2, 3}, 0.0},
+      {"zero standard error", 1.0, 0.0, 0.0, pair, kMissing},
+      {"negative standard error", 1.0, -1.0, 0.0, pair, kMissing},
+      {"system-missing standard error", 1.0, kMissing, 0.0, pair, kMissing},
+      {"NaN standard error", 1.0, nan, 0.0, pair, kMissing},
+      {"system-missing test value", 1.0, 1.0, kMissing, pair, kMissing},
+      {"no replicates", 1.0, 1.0, 0.0, {}, kMissing},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    EXPECT_EQ(WithOffsets(c.estimate, c.stdError, c.testValue, c.offsets)
+                  .GetProbability(MCBSPercentileTTS::TwoTailed),
+              c.p);
+  }
+  MCBSPercentileTTS missingEstimate(kMissing, 1.0, 0.0);
+  missingEstimate.AddBootstrapStats(1.0, 1.0);
+  EXPECT_EQ(missingEstimate.GetProbability(MCBSPercentileTTS::TwoTailed), kMissing);
 }
 
 TEST(MCBSPercentileTTS, EachReplicateIsStudentisedByItsOwnStandardError) {
@@ -74,22 +93,6 @@ TEST(MCBSPercentileTTS, PairsWithoutAUsableTAreLeftOut) {
   test.AddBootstrapStats(5.0, 1e-320);  // t* overflows
   EXPECT_EQ(test.GetCount(), 2u);
   EXPECT_DOUBLE_EQ(test.GetProbability(MCBSPercentileTTS::TwoTailed), 0.5);
-}
-
-TEST(MCBSPercentileTTS, UnusableEstimateOrNoReplicatesGiveSystemMissing) {
-  const std::vector<double> offsets{-1, 1};
-  for (double stdError : {0.0, -1.0, kMissing, std::numeric_limits<double>::quiet_NaN()}) {
-    EXPECT_EQ(WithOffsets(1.0, stdError, 0.0, offsets).GetProbability(MCBSPercentileTTS::TwoTailed),
-              kMissing)
-        << stdError;
-  }
-  EXPECT_EQ(WithOffsets(1.0, 1.0, kMissing, offsets).GetProbability(MCBSPercentileTTS::TwoTailed),
-            kMissing);
-  MCBSPercentileTTS missingEstimate(kMissing, 1.0, 0.0);
-  missingEstimate.AddBootstrapStats(1.0, 1.0);
-  EXPECT_EQ(missingEstimate.GetProbability(MCBSPercentileTTS::TwoTailed), kMissing);
-  const MCBSPercentileTTS empty(1.0, 1.0, 0.0);
-  EXPECT_EQ(empty.GetProbability(MCBSPercentileTTS::TwoTailed), kMissing);
 }
 
 TEST(MCBSPercentileTTS, UnknownAlternativeIsRejected) {
