@@ -168,15 +168,27 @@ int OmRenderCommand::Run(std::ostream& out, std::ostream& err) const {
           const std::size_t offset = reader.Offset();
           if (!reader.Next(record)) break;
           const char* name = MessageCodeNameOf(record.code);
+          auto where = [&] {
+            return path + ": record " + std::to_string(reader.RecordCount()) + " at offset " +
+                   std::to_string(offset) + " (" + (name ? name : "unknown code") + " " +
+                   std::to_string(record.code) + ")";
+          };
+          const std::size_t recovered = session.RecoveredErrorCount();
           try {
             session.Message(record.code, unsigned(record.payload.size()),
                             record.payload.empty() ? &none : record.payload.data());
           } catch (const std::exception& e) {
-            err << "omfactory: " << path << ": record " << reader.RecordCount() << " at offset "
-                << offset << " (" << (name ? name : "unknown code") << " " << record.code
-                << ") failed: " << e.what() << "\n";
+            // The session could not recover: the rest of this stream is not fed.
+            err << "omfactory: " << where() << " failed: " << e.what()
+                << "; the rest of the stream is skipped\n";
             status = kFailed;
             break;
+          }
+          if (session.RecoveredErrorCount() != recovered && session.LastRecoveredError()) {
+            // Recovered inside a procedure (its output is cut there) or dropped outside one.
+            err << "omfactory: " << where() << " failed: " << session.LastRecoveredError()->what()
+                << "\n";
+            status = kFailed;
           }
         }
       } catch (const OMSException& e) {
