@@ -59,6 +59,28 @@ std::unique_ptr<MPCompAlgorithm> Pool(const std::vector<Imputation>& imputations
   return algorithm;
 }
 
+// Every result operation of a combined algorithm, each with its status: per-term tests and the
+// joint test against `nulls`, intervals at `level`, diagnostics and the test statistic.
+struct Results {
+  long dfStatus, intervalStatus, diagnosticsStatus, statisticStatus, waldStatus;
+  std::vector<double> df, wald, p;
+  std::vector<double> lower, upper;
+  std::vector<double> t, r, fmi, re, sig;
+  std::vector<double> statistic;
+  std::vector<double> d1, d1Df, d1P, riv;
+};
+
+Results RunAll(MPCompAlgorithm& algorithm, const std::vector<double>& nulls = {0.0},
+               double level = 0.95) {
+  Results x;
+  x.dfStatus = algorithm.DfAndSignificance(nulls, x.df, x.wald, x.p).GetErrorCode();
+  x.intervalStatus = algorithm.ConfidenceInterval(level, x.lower, x.upper).GetErrorCode();
+  x.diagnosticsStatus = algorithm.Diagnostics(x.t, x.r, x.fmi, x.re, x.sig).GetErrorCode();
+  x.statisticStatus = algorithm.TestStatistic(x.statistic).GetErrorCode();
+  x.waldStatus = algorithm.WaldTest(nulls, x.d1, x.d1Df, x.d1P, x.riv).GetErrorCode();
+  return x;
+}
+
 // --- One estimate: five imputations, reference values from R 4.2.2, mice 3.15.0
 // pool.scalar(Q, U = se^2) and pool.scalar(Q, U, n = 30, k = 3); t, p and intervals from R's pt
 // and qt with pool.scalar's df and t.
@@ -85,33 +107,24 @@ void ExpectScalarMatches(double completeDf, const ScalarReference& ref) {
   ExpectRelNear(params.TotalVariances().at(0), 0.32522249999999997, kTight);
   ExpectRelNear(params.PooledStandardErrors().at(0), std::sqrt(0.32522249999999997), kTight);
 
-  std::vector<double> t, r, fmi, re, sig;
-  ASSERT_TRUE(algorithm->Diagnostics(t, r, fmi, re, sig).IsOK());
-  ExpectRelNear(r.at(0), 0.29488174868609651, kTight);
-  ExpectRelNear(fmi.at(0), ref.fmi, kLoose);
-  ExpectRelNear(re.at(0), ref.relativeEfficiency, kLoose);
-  ExpectRelNear(sig.at(0), ref.p, kLoose);
-
-  std::vector<double> statistic;
-  ASSERT_TRUE(algorithm->TestStatistic(statistic).IsOK());
-  ExpectRelNear(statistic.at(0), 2.1261380279396929, kTight);
-
-  std::vector<double> df, wald, p;
-  ASSERT_TRUE(algorithm->DfAndSignificance({0.0}, df, wald, p).IsOK());
-  ExpectRelNear(df.at(0), ref.df, kLoose);
-  ExpectRelNear(wald.at(0), 2.1261380279396929 * 2.1261380279396929, kTight);
-  ExpectRelNear(p.at(0), ref.p, kLoose);
-
-  std::vector<double> lower, upper;
-  ASSERT_TRUE(algorithm->ConfidenceInterval(0.95, lower, upper).IsOK());
-  ExpectRelNear(lower.at(0), ref.lower95, kLoose);
-  ExpectRelNear(upper.at(0), ref.upper95, kLoose);
-  ASSERT_TRUE(algorithm->ConfidenceInterval(0.9, lower, upper).IsOK());
-  ExpectRelNear(lower.at(0), ref.lower90, kLoose);
-  ExpectRelNear(upper.at(0), ref.upper90, kLoose);
+  const Results x = RunAll(*algorithm);
+  ASSERT_EQ(x.dfStatus + x.intervalStatus + x.diagnosticsStatus + x.statisticStatus, 0);
+  ExpectRelNear(x.r.at(0), 0.29488174868609651, kTight);
+  ExpectRelNear(x.fmi.at(0), ref.fmi, kLoose);
+  ExpectRelNear(x.re.at(0), ref.relativeEfficiency, kLoose);
+  ExpectRelNear(x.sig.at(0), ref.p, kLoose);
+  ExpectRelNear(x.statistic.at(0), 2.1261380279396929, kTight);
+  ExpectRelNear(x.df.at(0), ref.df, kLoose);
+  ExpectRelNear(x.wald.at(0), 2.1261380279396929 * 2.1261380279396929, kTight);
+  ExpectRelNear(x.p.at(0), ref.p, kLoose);
+  ExpectRelNear(x.lower.at(0), ref.lower95, kLoose);
+  ExpectRelNear(x.upper.at(0), ref.upper95, kLoose);
+  const Results at90 = RunAll(*algorithm, {0.0}, 0.9);
+  ASSERT_EQ(at90.intervalStatus, 0);
+  ExpectRelNear(at90.lower.at(0), ref.lower90, kLoose);
+  ExpectRelNear(at90.upper.at(0), ref.upper90, kLoose);
 }
 
-// Without complete-data df: classical Rubin; with them: Barnard-Rubin.
 TEST(MPRubinAlgorithm, ScalarMatchesRubinAndBarnardRubin) {
   {
     SCOPED_TRACE("no complete-data df");
@@ -128,10 +141,8 @@ TEST(MPRubinAlgorithm, ScalarMatchesRubinAndBarnardRubin) {
 TEST(MPRubinAlgorithm, InfiniteOrSystemMissingCompleteDfMeansUnknown) {
   for (double unknown : {std::numeric_limits<double>::infinity(), kSysmis, -5.0}) {
     MPParamContainer params;
-    std::unique_ptr<MPCompAlgorithm> algorithm = Pool(ScalarImputations(), params, unknown);
-    std::vector<double> df, wald, p;
-    ASSERT_TRUE(algorithm->DfAndSignificance({0.0}, df, wald, p).IsOK());
-    ExpectRelNear(df.at(0), 77.130194017625357, kLoose);
+    const Results x = RunAll(*Pool(ScalarImputations(), params, unknown));
+    ExpectRelNear(x.df.at(0), 77.130194017625357, kLoose);
   }
 }
 
@@ -200,49 +211,34 @@ TEST(MPRubinAlgorithm, ModelTermsMatchMicePool) {
   ExpectAllRelNear(params.PooledStandardErrors(),
                    {71.477778363683797, 11.912853857155673, 2.2022929041952821}, kTight);
 
-  std::vector<double> t, r, fmi, re, sig;
-  ASSERT_TRUE(algorithm->Diagnostics(t, r, fmi, re, sig).IsOK());
-  ExpectAllRelNear(r, {0.89996525809941452, 0.97842210988078049, 0.77639555445679553}, kTight);
-  ExpectAllRelNear(fmi, {0.58255132652294928, 0.60332149118237455, 0.5455401534662675}, kLoose);
-  ExpectAllRelNear(sig, {0.89896229164187313, 0.025564250704490164, 0.046754579304201134}, kLoose);
-
-  std::vector<double> statistic;
-  ASSERT_TRUE(algorithm->TestStatistic(statistic).IsOK());
-  ExpectAllRelNear(statistic, {-0.13188970317065291, 2.909393847906343, 2.3847752486059459},
+  const Results x = RunAll(*algorithm);
+  ASSERT_EQ(x.dfStatus + x.intervalStatus + x.diagnosticsStatus + x.statisticStatus, 0);
+  ExpectAllRelNear(x.r, {0.89996525809941452, 0.97842210988078049, 0.77639555445679553}, kTight);
+  ExpectAllRelNear(x.fmi, {0.58255132652294928, 0.60332149118237455, 0.5455401534662675}, kLoose);
+  ExpectAllRelNear(x.sig, {0.89896229164187313, 0.025564250704490164, 0.046754579304201134},
+                   kLoose);
+  ExpectAllRelNear(x.statistic, {-0.13188970317065291, 2.909393847906343, 2.3847752486059459},
                    kTight);
-
-  std::vector<double> df, wald, p;
-  ASSERT_TRUE(algorithm->DfAndSignificance({0.0}, df, wald, p).IsOK());
-  ExpectAllRelNear(df, {6.6682801781273708, 6.2935737304808406, 7.3788514867762007}, kLoose);
-  ExpectAllRelNear(p, {0.89896229164187313, 0.025564250704490164, 0.046754579304201134}, kLoose);
+  ExpectAllRelNear(x.df, {6.6682801781273708, 6.2935737304808406, 7.3788514867762007}, kLoose);
+  ExpectAllRelNear(x.p, {0.89896229164187313, 0.025564250704490164, 0.046754579304201134},
+                   kLoose);
   // The per-term Wald statistic is t squared.
-  ExpectAllRelNear(wald,
+  ExpectAllRelNear(x.wald,
                    {0.13188970317065291 * 0.13188970317065291,
                     2.909393847906343 * 2.909393847906343, 2.3847752486059459 * 2.3847752486059459},
                    kTight);
-
-  std::vector<double> lower, upper;
-  ASSERT_TRUE(algorithm->ConfidenceInterval(0.95, lower, upper).IsOK());
-  ExpectAllRelNear(lower, {-180.16474687019644, 5.8359324501951448, 0.098092631590446899},
+  ExpectAllRelNear(x.lower, {-180.16474687019644, 5.8359324501951448, 0.098092631590446899},
                    kLoose);
-  ExpectAllRelNear(upper, {161.31038092682849, 63.482434995836982, 10.405854584620382}, kLoose);
-}
+  ExpectAllRelNear(x.upper, {161.31038092682849, 63.482434995836982, 10.405854584620382}, kLoose);
 
-TEST(MPRubinAlgorithm, TestingEachTermAgainstItsOwnPooledValueGivesZeroAndProbabilityOne) {
-  MPParamContainer params;
-  std::unique_ptr<MPCompAlgorithm> algorithm =
-      Pool(ModelImputations({0, 1, 2}, false), params, 22.0);
-  std::vector<double> df, wald, p;
-  // Each term has its own null value; df do not change.
-  ASSERT_TRUE(algorithm
-                  ->DfAndSignificance({-9.4271829716839726, 34.659183723016064, 5.2519736081054145},
-                                      df, wald, p)
-                  .IsOK());
+  // Each term tested against its own pooled value: t = 0 and p = 1; df do not change.
+  const Results own = RunAll(*algorithm, params.Estimates());
+  ASSERT_EQ(own.dfStatus, 0);
   for (std::size_t j = 0; j < 3; ++j) {
-    EXPECT_NEAR(wald[j], 0.0, 1e-20);
-    EXPECT_NEAR(p[j], 1.0, 1e-9);
+    EXPECT_NEAR(own.wald[j], 0.0, 1e-20);
+    EXPECT_NEAR(own.p[j], 1.0, 1e-9);
   }
-  ExpectRelNear(df[1], 6.2935737304808406, kLoose);
+  ExpectRelNear(own.df[1], 6.2935737304808406, kLoose);
 }
 
 // --- Joint Wald test of the slopes (age, bmi) = 0. References: R 4.2.2, mice 3.15.0 D1(fit),
@@ -298,10 +294,10 @@ TEST(MPRubinAlgorithm, JointWaldTestMatchesMiceAndMitml) {
 TEST(MPRubinAlgorithm, JointWaldTestAgainstPooledValuesIsZero) {
   MPParamContainer params;
   std::unique_ptr<MPCompAlgorithm> algorithm = Pool(ModelImputations({1, 2}, true), params);
-  std::vector<double> statistic, df, p, riv;
-  ASSERT_TRUE(algorithm->WaldTest(params.Estimates(), statistic, df, p, riv).IsOK());
-  EXPECT_NEAR(statistic.at(0), 0.0, 1e-20);
-  EXPECT_NEAR(p.at(0), 1.0, 1e-12);
+  const Results x = RunAll(*algorithm, params.Estimates());
+  ASSERT_EQ(x.waldStatus, 0);
+  EXPECT_NEAR(x.d1.at(0), 0.0, 1e-20);
+  EXPECT_NEAR(x.d1P.at(0), 1.0, 1e-12);
 }
 
 // --- Degenerate variances.
@@ -313,87 +309,50 @@ TEST(MPRubinAlgorithm, ZeroBetweenVarianceWithoutCompleteDfUsesNormalReference) 
       Pool({{{z}, {1.0}, {}}, {{z}, {1.0}, {}}, {{z}, {1.0}, {}}}, params);
   EXPECT_EQ(params.BetweenVariances().at(0), 0.0);
   ExpectRelNear(params.TotalVariances().at(0), 1.0, kTight);
-
-  std::vector<double> df, wald, p;
-  ASSERT_TRUE(algorithm->DfAndSignificance({0.0}, df, wald, p).IsOK());
-  EXPECT_EQ(df.at(0), kSysmis); // infinite
-  ExpectRelNear(p.at(0), 0.05, 1e-9);
-
-  std::vector<double> lower, upper;
-  ASSERT_TRUE(algorithm->ConfidenceInterval(0.95, lower, upper).IsOK());
-  EXPECT_NEAR(lower.at(0), 0.0, 1e-12);
-  ExpectRelNear(upper.at(0), 2 * z, 1e-12);
-
-  std::vector<double> t, r, fmi, re, sig;
-  ASSERT_TRUE(algorithm->Diagnostics(t, r, fmi, re, sig).IsOK());
-  EXPECT_EQ(r.at(0), 0.0);
-  EXPECT_EQ(fmi.at(0), 0.0);
-  EXPECT_EQ(re.at(0), 1.0);
-
+  const Results x = RunAll(*algorithm);
+  ASSERT_EQ(x.dfStatus + x.intervalStatus + x.diagnosticsStatus + x.waldStatus, 0);
+  EXPECT_EQ(x.df.at(0), kSysmis); // infinite
+  ExpectRelNear(x.p.at(0), 0.05, 1e-9);
+  EXPECT_NEAR(x.lower.at(0), 0.0, 1e-12);
+  ExpectRelNear(x.upper.at(0), 2 * z, 1e-12);
+  EXPECT_EQ(x.r.at(0), 0.0);
+  EXPECT_EQ(x.fmi.at(0), 0.0);
+  EXPECT_EQ(x.re.at(0), 1.0);
   // All information is complete: the joint test is chi-square(k)/k, here z^2 on 1 df.
-  std::vector<double> statistic, waldDf, waldP, riv;
-  ASSERT_TRUE(algorithm->WaldTest({0.0}, statistic, waldDf, waldP, riv).IsOK());
-  ExpectRelNear(statistic.at(0), z * z, kTight);
-  EXPECT_EQ(waldDf.at(1), kSysmis);
-  ExpectRelNear(waldP.at(0), 0.05, 1e-9);
+  ExpectRelNear(x.d1.at(0), z * z, kTight);
+  EXPECT_EQ(x.d1Df.at(1), kSysmis);
+  ExpectRelNear(x.d1P.at(0), 0.05, 1e-9);
 }
 
 TEST(MPRubinAlgorithm, ZeroBetweenVarianceWithCompleteDfUsesObservedDataDf) {
   MPParamContainer params;
   // Six imputations, so that the joint test's k(m - 1) exceeds 4 and its small-sample df apply.
-  std::unique_ptr<MPCompAlgorithm> algorithm =
-      Pool(std::vector<Imputation>(6, Imputation{{2.0}, {1.0}, {}}), params, 9.0);
-  std::vector<double> df, wald, p;
-  ASSERT_TRUE(algorithm->DfAndSignificance({0.0}, df, wald, p).IsOK());
-  ExpectRelNear(df.at(0), 10.0 / 12.0 * 9.0, kTight); // (v + 1)/(v + 3) v
-  std::vector<double> t, r, fmi, re, sig;
-  ASSERT_TRUE(algorithm->Diagnostics(t, r, fmi, re, sig).IsOK());
-  ExpectRelNear(fmi.at(0), 2.0 / (7.5 + 3.0), kTight);
-
+  const Results x =
+      RunAll(*Pool(std::vector<Imputation>(6, Imputation{{2.0}, {1.0}, {}}), params, 9.0));
+  ASSERT_EQ(x.dfStatus + x.diagnosticsStatus + x.waldStatus, 0);
+  ExpectRelNear(x.df.at(0), 10.0 / 12.0 * 9.0, kTight); // (v + 1)/(v + 3) v
+  ExpectRelNear(x.fmi.at(0), 2.0 / (7.5 + 3.0), kTight);
   // The joint test's df reduce to the same value when nothing varies between imputations.
-  std::vector<double> statistic, waldDf, waldP, riv;
-  ASSERT_TRUE(algorithm->WaldTest({0.0}, statistic, waldDf, waldP, riv).IsOK());
-  EXPECT_EQ(riv.at(0), 0.0);
-  ExpectRelNear(waldDf.at(1), 7.5, kTight);
+  EXPECT_EQ(x.riv.at(0), 0.0);
+  ExpectRelNear(x.d1Df.at(1), 7.5, kTight);
 }
 
 TEST(MPRubinAlgorithm, ZeroTotalVarianceGivesSystemMissingResultsWithoutFailing) {
   MPParamContainer params;
-  std::unique_ptr<MPCompAlgorithm> algorithm =
-      Pool({{{4.0}, {0.0}, {}}, {{4.0}, {0.0}, {}}, {{4.0}, {0.0}, {}}}, params);
+  const Results x =
+      RunAll(*Pool({{{4.0}, {0.0}, {}}, {{4.0}, {0.0}, {}}, {{4.0}, {0.0}, {}}}, params));
   EXPECT_EQ(params.Estimates().at(0), 4.0);
   EXPECT_EQ(params.BetweenVariances().at(0), 0.0);
   EXPECT_EQ(params.PooledStandardErrors().at(0), 0.0);
-
   // The callers footnote a system-missing significance when the between variance is 0.
-  std::vector<double> df, wald, p;
-  ASSERT_TRUE(algorithm->DfAndSignificance({0.0}, df, wald, p).IsOK());
-  EXPECT_EQ(df.at(0), kSysmis);
-  EXPECT_EQ(wald.at(0), kSysmis);
-  EXPECT_EQ(p.at(0), kSysmis);
-
-  std::vector<double> statistic;
-  ASSERT_TRUE(algorithm->TestStatistic(statistic).IsOK());
-  EXPECT_EQ(statistic.at(0), kSysmis);
-
-  std::vector<double> lower, upper;
-  ASSERT_TRUE(algorithm->ConfidenceInterval(0.95, lower, upper).IsOK());
-  EXPECT_EQ(lower.at(0), kSysmis);
-  EXPECT_EQ(upper.at(0), kSysmis);
-
-  std::vector<double> t, r, fmi, re, sig;
-  ASSERT_TRUE(algorithm->Diagnostics(t, r, fmi, re, sig).IsOK());
-  EXPECT_EQ(t.at(0), 0.0);
-  EXPECT_EQ(r.at(0), kSysmis);
-  EXPECT_EQ(fmi.at(0), kSysmis);
-  EXPECT_EQ(re.at(0), kSysmis);
-  EXPECT_EQ(sig.at(0), kSysmis);
-
-  std::vector<double> d1, d1Df, d1P, riv;
-  const MCCommon::MCStatus status = algorithm->WaldTest({0.0}, d1, d1Df, d1P, riv);
-  EXPECT_EQ(status.GetErrorCode(), MPError::kNoVariance);
-  EXPECT_EQ(d1.at(0), kSysmis);
-  EXPECT_EQ(d1P.at(0), kSysmis);
+  EXPECT_EQ(x.dfStatus + x.intervalStatus + x.diagnosticsStatus + x.statisticStatus, 0);
+  for (const std::vector<double>* result :
+       {&x.df, &x.wald, &x.p, &x.statistic, &x.lower, &x.upper, &x.r, &x.fmi, &x.re, &x.sig,
+        &x.d1, &x.d1P}) {
+    EXPECT_EQ(result->at(0), kSysmis);
+  }
+  EXPECT_EQ(x.t.at(0), 0.0);
+  EXPECT_EQ(x.waldStatus, MPError::kNoVariance);
 }
 
 TEST(MPRubinAlgorithm, ZeroWithinVarianceMeansAllInformationMissing) {
@@ -403,44 +362,34 @@ TEST(MPRubinAlgorithm, ZeroWithinVarianceMeansAllInformationMissing) {
            params);
   ExpectRelNear(params.BetweenVariances().at(0), 5.0 / 3.0, kTight);
   ExpectRelNear(params.TotalVariances().at(0), 1.25 * 5.0 / 3.0, kTight);
-
-  std::vector<double> t, r, fmi, re, sig;
-  ASSERT_TRUE(algorithm->Diagnostics(t, r, fmi, re, sig).IsOK());
-  EXPECT_EQ(r.at(0), kSysmis); // infinite
-  EXPECT_EQ(fmi.at(0), 1.0);
-  ExpectRelNear(re.at(0), 1.0 / 1.25, kTight);
-
-  std::vector<double> df, wald, p;
-  ASSERT_TRUE(algorithm->DfAndSignificance({0.0}, df, wald, p).IsOK());
-  ExpectRelNear(df.at(0), 3.0, kTight); // m - 1
+  const Results x = RunAll(*algorithm);
+  ASSERT_EQ(x.dfStatus + x.diagnosticsStatus, 0);
+  EXPECT_EQ(x.r.at(0), kSysmis); // infinite
+  EXPECT_EQ(x.fmi.at(0), 1.0);
+  ExpectRelNear(x.re.at(0), 1.0 / 1.25, kTight);
+  ExpectRelNear(x.df.at(0), 3.0, kTight); // m - 1
+  EXPECT_EQ(x.waldStatus, MPError::kSingularMatrix);
 
   // Nothing is observed within the imputations: the observed-data df, and so the df, vanish.
   params.SetCompleteDataDf(20.0);
   ASSERT_TRUE(algorithm->Combine(params).IsOK());
-  ASSERT_TRUE(algorithm->DfAndSignificance({0.0}, df, wald, p).IsOK());
-  EXPECT_EQ(df.at(0), kSysmis);
-  EXPECT_EQ(p.at(0), kSysmis);
-
-  std::vector<double> d1, d1Df, d1P, riv;
-  EXPECT_EQ(algorithm->WaldTest({0.0}, d1, d1Df, d1P, riv).GetErrorCode(),
-            MPError::kSingularMatrix);
+  const Results withDf = RunAll(*algorithm);
+  ASSERT_EQ(withDf.dfStatus, 0);
+  EXPECT_EQ(withDf.df.at(0), kSysmis);
+  EXPECT_EQ(withDf.p.at(0), kSysmis);
 }
 
 TEST(MPRubinAlgorithm, JointWaldTestReportsCollinearTermsAsSingular) {
   // The second term's covariance row is twice the first's: Ubar has rank 1.
   const std::vector<double> cov = {1.0, 2.0, 2.0, 4.0};
   MPParamContainer params;
-  std::unique_ptr<MPCompAlgorithm> algorithm =
-      Pool({{{1.0, 2.0}, {}, cov}, {{1.5, 2.5}, {}, cov}}, params);
-  std::vector<double> statistic, df, p, riv;
-  const MCCommon::MCStatus status = algorithm->WaldTest({0.0}, statistic, df, p, riv);
-  EXPECT_EQ(status.GetErrorCode(), MPError::kSingularMatrix);
-  EXPECT_EQ(statistic.at(0), kSysmis);
-  EXPECT_EQ(df.size(), 2u);
+  const Results x = RunAll(*Pool({{{1.0, 2.0}, {}, cov}, {{1.5, 2.5}, {}, cov}}, params));
+  EXPECT_EQ(x.waldStatus, MPError::kSingularMatrix);
+  EXPECT_EQ(x.d1.at(0), kSysmis);
+  EXPECT_EQ(x.d1Df.size(), 2u);
   // The per-term results do not need the inverse and still work.
-  std::vector<double> perTermDf, wald, perTermP;
-  EXPECT_TRUE(algorithm->DfAndSignificance({0.0}, perTermDf, wald, perTermP).IsOK());
-  EXPECT_NE(perTermP.at(1), kSysmis);
+  EXPECT_EQ(x.dfStatus, 0);
+  EXPECT_NE(x.p.at(1), kSysmis);
 }
 
 // --- Too few imputations, missing and malformed input, calls out of order.
@@ -556,38 +505,29 @@ TEST(MPRubinAlgorithm, EstimatesOnlyPoolMeanAndBetweenVarianceButNoVarianceStati
   EXPECT_TRUE(params.PooledStandardErrors().empty());
   EXPECT_TRUE(params.TotalVariances().empty());
 
-  std::vector<double> t, r, fmi, re, sig;
-  EXPECT_EQ(algorithm->Diagnostics(t, r, fmi, re, sig).GetErrorCode(),
-            MPError::kNoStandardErrors);
-  EXPECT_EQ(fmi, std::vector<double>(2, kSysmis));
-  std::vector<double> df, wald, p;
-  EXPECT_EQ(algorithm->DfAndSignificance({0.0}, df, wald, p).GetErrorCode(),
-            MPError::kNoStandardErrors);
-  std::vector<double> statistic, waldDf, waldP, riv;
-  EXPECT_EQ(algorithm->WaldTest({0.0}, statistic, waldDf, waldP, riv).GetErrorCode(),
-            MPError::kNoStandardErrors);
+  const Results x = RunAll(*algorithm);
+  EXPECT_EQ(x.diagnosticsStatus, MPError::kNoStandardErrors);
+  EXPECT_EQ(x.fmi, std::vector<double>(2, kSysmis));
+  EXPECT_EQ(x.dfStatus, MPError::kNoStandardErrors);
+  EXPECT_EQ(x.waldStatus, MPError::kNoStandardErrors);
 }
 
 TEST(MPRubinAlgorithm, BadArgumentsOfResultOperationsFailWithSystemMissingResults) {
   MPParamContainer params;
   std::unique_ptr<MPCompAlgorithm> algorithm =
       Pool(ModelImputations({0, 1, 2}, false), params, 22.0);
-  std::vector<double> lower, upper;
   for (double level : {0.0, 1.0, 95.0, -0.5, std::nan("")}) {
     SCOPED_TRACE(level);
-    EXPECT_EQ(algorithm->ConfidenceInterval(level, lower, upper).GetErrorCode(),
-              MPError::kBadConfidenceLevel);
-    EXPECT_EQ(lower, std::vector<double>(3, kSysmis));
+    const Results x = RunAll(*algorithm, {0.0}, level);
+    EXPECT_EQ(x.intervalStatus, MPError::kBadConfidenceLevel);
+    EXPECT_EQ(x.lower, std::vector<double>(3, kSysmis));
   }
-  std::vector<double> df, wald, p;
   for (const std::vector<double>& nulls :
        {std::vector<double>{}, std::vector<double>{0, 0}, std::vector<double>{kSysmis}}) {
-    EXPECT_EQ(algorithm->DfAndSignificance(nulls, df, wald, p).GetErrorCode(),
-              MPError::kBadNullValues);
-    EXPECT_EQ(p, std::vector<double>(3, kSysmis));
-    std::vector<double> statistic, waldDf, waldP, riv;
-    EXPECT_EQ(algorithm->WaldTest(nulls, statistic, waldDf, waldP, riv).GetErrorCode(),
-              MPError::kBadNullValues);
+    const Results x = RunAll(*algorithm, nulls);
+    EXPECT_EQ(x.dfStatus, MPError::kBadNullValues);
+    EXPECT_EQ(x.p, std::vector<double>(3, kSysmis));
+    EXPECT_EQ(x.waldStatus, MPError::kBadNullValues);
   }
 }
 
