@@ -1,0 +1,140 @@
+#include "backend/omfactory/pooling/OmBootCalculator.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "platform/bootstats/MCBSBCaCI.h"
+#include "platform/bootstats/MCBSCommon.h"
+#include "platform/bootstats/MCBSPercentileCI.h"
+#include "platform/bootstats/MCBSPercentileTTS.h"
+#include "platform/bootstats/MCBSStdErrorBias.h"
+#include "platform/errors/OMSException.h"
+
+namespace {
+
+constexpr double kSysMiss = MCBSCommon::SystemMissing;
+
+// Not-a-number counts as present: only the system-missing value marks an absent value.
+bool AllPresent(const std::vector<double>& values) {
+  return std::none_of(values.begin(), values.end(), [](double v) { return v == kSysMiss; });
+}
+
+}  // namespace
+
+struct OmBootCalculator::Data {
+  double _estimate = kSysMiss;
+  double _estimateStdError = kSysMiss;
+  const std::vector<double>* _replicates = nullptr;
+  const std::vector<double>* _replicateStdErrors = nullptr;
+  const std::vector<double>* _jackknifeValues = nullptr;
+  const JackknifeList* _jackknifeList = nullptr;
+  std::uint32_t _jackknifeStart = 0;
+  std::uint32_t _jackknifeEnd = 0;
+  double _bias = kSysMiss;
+  double _standardError = kSysMiss;
+  bool _replicatesPresent = true;
+  bool _stdErrorsPresent = true;
+  bool _jackknifePresent = true;
+};
+
+OmBootCalculator::OmBootCalculator(const std::vector<double>& replicates,
+                                   const std::vector<double>& replicateStdErrors,
+                                   const std::vector<double>& jackknifeValues,
+                                   const JackknifeList& jackknifeList,
+                                   std::uint32_t jackknifeStart, std::uint32_t jackknifeEnd,
+                                   double estimate, double estimateStdError)
+    : _my(std::make_unique<Data>()) {
+  static const char* const kMismatch = "OmBootCalculator::OmBootCalculator -- size mismatch";
+  if (!replicateStdErrors.empty() && replicateStdErrors.size() != replicates.size()) {
+    throw OMSException(kMismatch, double(replicateStdErrors.size()), double(replicates.size()));
+  }
+  if (jackknifeStart > jackknifeList.size()) {
+    throw OMSException(kMismatch, double(jackknifeStart), double(jackknifeList.size()));
+  }
+  if (jackknifeEnd > jackknifeList.size()) {
+    throw OMSException(kMismatch, double(jackknifeEnd), double(jackknifeList.size()));
+  }
+  Data& my = *_my;
+  my._estimate = estimate;
+  my._estimateStdError = estimateStdError;
+  my._replicates = &replicates;
+  my._replicateStdErrors = &replicateStdErrors;
+  my._jackknifeValues = &jackknifeValues;
+  my._jackknifeList = &jackknifeList;
+  my._jackknifeStart = jackknifeStart;
+  my._jackknifeEnd = jackknifeEnd;
+  my._replicatesPresent = AllPresent(replicates);
+  my._stdErrorsPresent = AllPresent(replicateStdErrors);
+  my._jackknifePresent = AllPresent(jackknifeValues);
+
+  if (my._replicatesPresent && !replicates.empty()) {
+    MCBSStdErrorBias accumulator;
+    for (double v : replicates) accumulator.AddBootstrapStat(v);
+    my._bias = accumulator.GetBias(estimate);
+    my._standardError = accumulator.GetStandardError();
+  }
+}
+
+OmBootCalculator::OmBootCalculator(const OmBootCalculator& other)
+    : _my(std::make_unique<Data>(*other._my)) {}
+
+OmBootCalculator& OmBootCalculator::operator=(const OmBootCalculator& other) {
+  if (this != &other) _my = std::make_unique<Data>(*other._my);
+  return *this;
+}
+
+OmBootCalculator::~OmBootCalculator() = default;
+
+double OmBootCalculator::Bias() const { return _my->_bias; }
+
+double OmBootCalculator::StandardError() const { return _my->_standardError; }
+
+std::pair<double, double> OmBootCalculator::ConfidenceInterval(double levelPct) const {
+  const Data& my = *_my;
+  const std::vector<double>& replicates = *my._replicates;
+  if (!my._replicatesPresent || !my._jackknifePresent || replicates.empty()) {
+    return {kSysMiss, kSysMiss};
+  }
+  const std::vector<double>& jackknife = *my._jackknifeValues;
+  if (jackknife.empty()) {
+    MCBSPercentileCI percentile;
+    percentile.SetBootstrapStats(replicates);
+    return percentile.GetCI(levelPct / 100.0);
+  }
+
+  const JackknifeList& entries = *my._jackknifeList;
+  std::uint32_t largestGroup = 0;
+  for (std::uint32_t i = my._jackknifeStart; i < my._jackknifeEnd; ++i) {
+    largestGroup = std::max(largestGroup, entries[i].group);
+  }
+  std::vector<double> groupWeights(std::size_t(largestGroup) + 1, 0.0);
+  for (std::uint32_t i = my._jackknifeStart; i < my._jackknifeEnd; ++i) {
+    groupWeights[entries[i].group] += entries[i].value;
+  }
+  MCBSBCaCI bca(my._estimate);
+  bca.SetSumWeights(groupWeights);
+  bca.SetBootstrapStats(replicates);
+  for (std::uint32_t i = my._jackknifeStart; i < my._jackknifeEnd; ++i) {
+    // The collector leaves out missing jackknife values, so the list can be shorter than the
+    // range: an entry without a value is given as missing, which the interval leaves out.
+    const std::size_t k = i - my._jackknifeStart;
+    const double value = k < jackknife.size() ? jackknife[k] : kSysMiss;
+    bca.AddJackknifeStat(value, entries[i].value, entries[i].group);
+  }
+  return bca.GetCI(levelPct / 100.0);
+}
+
+double OmBootCalculator::Significance(int alternative, double testValue) const {
+  if (alternative < MCBSPercentileTTS::LessThan || alternative > MCBSPercentileTTS::TwoTailed) {
+    throw OMSException("OmBootCalculator::Significance -- alternative 0, 1 or 2", alternative);
+  }
+  const Data& my = *_my;
+  const std::vector<double>& stdErrors = *my._replicateStdErrors;
+  if (!my._replicatesPresent || !my._stdErrorsPresent || stdErrors.empty()) return -1.0;
+  MCBSPercentileTTS test(my._estimate, my._estimateStdError, testValue);
+  const std::vector<double>& replicates = *my._replicates;
+  for (std::size_t i = 0; i < stdErrors.size() && i < replicates.size(); ++i) {
+    test.AddBootstrapStats(replicates[i], stdErrors[i]);
+  }
+  return test.GetProbability(static_cast<MCBSPercentileTTS::AltHypType>(alternative));
+}

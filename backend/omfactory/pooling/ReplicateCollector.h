@@ -1,0 +1,72 @@
+// Reads, for one statistic's cell of a bootstrapped table, the original sample's value and its
+// replicates: the same address with the bootstrap split coordinate set to 1 ... B (bootstrap
+// samples) and to the cell's jackknife range. Owned by BootstrapCellCalculator.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "platform/outputmodel/OmPivotTable.h"
+
+class ReplicateCollector {
+public:
+  // table (the source) and jackknifeBoundaries are borrowed and must outlive the collector.
+  // splitDim is the table's bootstrap split dimension, sampleCount B its number of bootstrap
+  // samples; requiredDims are the pattern's required dimensions, which decide the replicate mask.
+  ReplicateCollector(const OmPivotTable& table, int splitDim, unsigned sampleCount,
+                     const std::vector<std::uint32_t>& jackknifeBoundaries,
+                     std::vector<int> requiredDims);
+
+  // Gathers the values for the statistic at estimate (its bootstrap split coordinate is
+  // replaced) and, when stdError is not empty, its standard errors at stdError. False, with
+  // every list empty, when the cell at estimate is not a number. Replicates that are missing,
+  // not numbers or system-missing are left out, as are those the replicate mask rules out.
+  bool Collect(const OmPivotTable::Coordinates& estimate,
+               const OmPivotTable::Coordinates& stdError);
+
+  // The replicate standard errors are test statistics (t): turn each into the standard error
+  // replicate / t, and the estimate's into estimate / t. A t of 0 or a missing value gives a
+  // missing standard error.
+  void TestStatisticsToStdErrors();
+
+  double Estimate() const { return _estimate; }
+  double EstimateStdError() const { return _estimateStdError; }
+  std::vector<double>& Replicates() { return _replicates; }
+  const std::vector<double>& Replicates() const { return _replicates; }
+  const std::vector<double>& JackknifeValues() const { return _jackknifeValues; }
+  const std::vector<double>& ReplicateStdErrors() const { return _replicateStdErrors; }
+  std::uint32_t JackknifeStart() const { return _jackknifeStart; }
+  std::uint32_t JackknifeEnd() const { return _jackknifeEnd; }
+
+  // The usable flags of replicates 0 ... B for estimate (empty without required dimensions:
+  // every replicate is usable). Replicate k is usable when, across every combination of the
+  // required dimensions' categories, its cells exist exactly where the original sample's do and
+  // are system-missing exactly where those are. Reused while only the bootstrap split and
+  // required coordinates change.
+  const std::vector<bool>& ReplicateMask(const OmPivotTable::Coordinates& estimate);
+
+private:
+  // True when replicate k's cells match the original sample's over the required dimensions,
+  // from required dimension r on (the earlier ones set in address).
+  bool Matches(OmPivotTable::Coordinates& address, std::size_t r, int k) const;
+  // Appends the value at address with split coordinate k when it is a present number.
+  void Gather(OmPivotTable::Coordinates& address, int k, std::vector<double>& into) const;
+  bool SameBlock(const OmPivotTable::Coordinates& estimate) const;
+
+  const OmPivotTable* _table;
+  int _splitDim;
+  unsigned _sampleCount;
+  const std::vector<std::uint32_t>* _jackknifeBoundaries;
+  std::vector<int> _requiredDims;
+  std::vector<bool> _mask;
+  OmPivotTable::Coordinates _maskAddress;
+  bool _maskValid = false;
+  double _estimate;
+  double _estimateStdError;
+  std::vector<double> _replicates;
+  std::vector<double> _jackknifeValues;
+  std::vector<double> _replicateStdErrors;
+  std::uint32_t _jackknifeStart = 0;
+  std::uint32_t _jackknifeEnd = 0;
+  OmPivotTable::Coordinates _scratch;  // the address being read, reused across cells
+};
