@@ -192,13 +192,8 @@ TEST_F(FacSTDictionaryTest, MissingFileIsLookedForAgainLater) {
 TEST_F(FacSTDictionaryTest, CopiesShareTheTableButSelectProceduresOnTheirOwn) {
   FacSTDictionary original(_tables.Path("lang/de"));
   original.SetProcedure("OMS");
-  int trackerStandIn = 0;
-  auto* tracker = reinterpret_cast<icuTracker*>(&trackerStandIn);
-  original.setICUTracker(tracker);
-
   FacSTDictionary copy(original);
   EXPECT_EQ(copy.Table(), original.Table());
-  EXPECT_EQ(copy.getICUTracker(), tracker);
   EXPECT_EQ(copy.LookUp("Mean"), "Durchschnitt");
 
   copy.SetProcedure("");
