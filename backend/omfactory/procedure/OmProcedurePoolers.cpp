@@ -1,11 +1,10 @@
 #include "backend/omfactory/procedure/OmProcedurePoolers.h"
 
+#include "backend/omfactory/pooling/OmBootPooler.h"
 #include "backend/omfactory/pooling/OmMIPooler.h"
 #include "platform/mipool/MiOutputSettings.h"
 
-// The bootstrap pooler (OmBootPooler) is not part of the build yet: its maker answers null and the
-// end of the procedure leaves its visits out. Adding a pooler means wrapping it here in an
-// OmEndPooler; nothing else changes.
+// Adding a pooler means wrapping it here in an OmEndPooler; nothing else changes.
 
 namespace {
 
@@ -19,6 +18,16 @@ public:
 
 private:
   OmMIPooler _pooler;
+};
+
+class BootEndPooler : public OmEndPooler {
+public:
+  BootEndPooler(const OmCellText* procedureName, OmOutputTree& tree, const SvrBootstrapSpecs& specs)
+      : _pooler(procedureName, tree, &specs) {}
+  void Pool(OmOutputPart& part) override { part.Accept(_pooler); }
+
+private:
+  OmBootPooler _pooler;
 };
 
 }  // namespace
@@ -35,10 +44,7 @@ std::unique_ptr<OmEndPooler> OmProcedurePoolers::MakeMIPooler(const OmCellText* 
 std::unique_ptr<OmEndPooler> OmProcedurePoolers::MakeBootPooler(const OmCellText* procedureName,
                                                                 OmOutputTree& tree,
                                                                 const SvrBootstrapSpecs& specs) const {
-  (void)procedureName;
-  (void)tree;
-  (void)specs;
-  return nullptr;
+  return std::make_unique<BootEndPooler>(procedureName, tree, specs);
 }
 
 const OmProcedurePoolers& OmProcedurePoolers::Standard() {
