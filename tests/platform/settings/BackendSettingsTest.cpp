@@ -1,107 +1,72 @@
 #include "platform/settings/BackendSettings.h"
 
+#include <string>
+
 #include <gtest/gtest.h>
 
 #include "platform/errors/OMSException.h"
 
 namespace {
 
-TEST(BackendSettingsTest, EmptyTextGivesTheDefaults) {
-  BackendSettings settings;
-  settings.setSettings("");
-  EXPECT_EQ(settings.getProcedureName(), "");
-  EXPECT_EQ(settings.getTranslatedName(), "");
-  EXPECT_EQ(settings.getOutputLanguage(), "en");
-  EXPECT_EQ(settings.getCodePage(), "UTF-8");
-  EXPECT_EQ(settings.getLocale(), "en_US");
-  EXPECT_TRUE(settings.getUnicode());
-  EXPECT_FALSE(settings.getBootstrapped());
-  EXPECT_FALSE(settings.getFastTables());
-  EXPECT_EQ(settings.getMaxCells(), 0u);
+// Every setting, in the order procedure|translated|language|code page|locale|unicode|
+// bootstrapped|fast tables|max cells, so that one comparison shows what a text changed.
+std::string Summary(const BackendSettings& s) {
+  return s.getProcedureName() + "|" + s.getTranslatedName() + "|" + s.getOutputLanguage() + "|" +
+         s.getCodePage() + "|" + s.getLocale() + "|" + std::to_string(s.getUnicode()) + "|" +
+         std::to_string(s.getBootstrapped()) + "|" + std::to_string(s.getFastTables()) + "|" +
+         std::to_string(s.getMaxCells());
 }
 
-TEST(BackendSettingsTest, ReadsEveryKeyWhateverItsCase) {
-  BackendSettings settings;
-  settings.setSettings(
-      "PROCEDURE=Descriptives\n"
-      "Translated=Deskriptive Statistik\n"
-      "language=zh-tw\n"
-      "CodePage=windows-1252\n"
-      "LOCALE=de_DE\n"
-      "Unicode=0\n"
-      "bootSTRAPPED=1\n"
-      "FastTables=1\n"
-      "maxCells=4000000000\n");
-  EXPECT_EQ(settings.getProcedureName(), "Descriptives");
-  EXPECT_EQ(settings.getTranslatedName(), "Deskriptive Statistik");
-  EXPECT_EQ(settings.getOutputLanguage(), "zh-tw");
-  EXPECT_EQ(settings.getCodePage(), "windows-1252");
-  EXPECT_EQ(settings.getLocale(), "de_DE");
-  EXPECT_FALSE(settings.getUnicode());
-  EXPECT_TRUE(settings.getBootstrapped());
-  EXPECT_TRUE(settings.getFastTables());
-  EXPECT_EQ(settings.getMaxCells(), 4000000000u);
-}
+const char* const kDefaults = "||en|UTF-8|en_US|1|0|0|0";
 
-TEST(BackendSettingsTest, CarriageReturnsCommentsBlankLinesAndUnknownKeysAreSkipped) {
-  BackendSettings settings;
-  settings.setSettings(
-      "# procedure=Commented\r\n"
-      "\r\n"
-      "\n"
-      "procedure=Crosstabs\r\n"
-      "colour=blue\r\n"
-      "no equals sign here\r\n"
-      "maxcells=12\r");
-  EXPECT_EQ(settings.getProcedureName(), "Crosstabs");
-  EXPECT_EQ(settings.getMaxCells(), 12u);
-}
-
-TEST(BackendSettingsTest, ValueIsEverythingAfterTheFirstEqualsSign) {
-  BackendSettings settings;
-  settings.setSettings("translated= a=b = c \nprocedure=\n");
-  EXPECT_EQ(settings.getTranslatedName(), " a=b = c ");
-  EXPECT_EQ(settings.getProcedureName(), "");
-}
-
-TEST(BackendSettingsTest, LaterLineForTheSameKeyWins) {
-  BackendSettings settings;
-  settings.setSettings("language=de\nLANGUAGE=fr\nbootstrapped=1\nBootstrapped=0\n");
-  EXPECT_EQ(settings.getOutputLanguage(), "fr");
-  EXPECT_FALSE(settings.getBootstrapped());
-}
-
-TEST(BackendSettingsTest, KeysAreMatchedWholeWithoutTrimming) {
-  BackendSettings settings;
-  settings.setSettings("procedure =Spaced\n procedure=Indented\nprocedures=Plural\n");
-  EXPECT_EQ(settings.getProcedureName(), "");
+TEST(BackendSettingsTest, TextsSetTheirKeysAndLeaveTheOthersAtTheDefaults) {
+  const struct {
+    const char* what;
+    const char* text;
+    std::string expected;
+  } cases[] = {
+      {"empty", "", kDefaults},
+      {"every key, whatever its case",
+       "PROCEDURE=Descriptives\nTranslated=Deskriptive Statistik\nlanguage=zh-tw\n"
+       "CodePage=windows-1252\nLOCALE=de_DE\nUnicode=0\nbootSTRAPPED=1\nFastTables=1\n"
+       "maxCells=4000000000\n",
+       "Descriptives|Deskriptive Statistik|zh-tw|windows-1252|de_DE|0|1|1|4000000000"},
+      {"carriage returns, comments, blank lines and unknown keys skipped",
+       "# procedure=Commented\r\n\r\n\nprocedure=Crosstabs\r\ncolour=blue\r\n"
+       "no equals sign here\r\nmaxcells=12\r",
+       "Crosstabs||en|UTF-8|en_US|1|0|0|12"},
+      {"the value is everything after the first equals sign", "translated= a=b = c \nprocedure=\n",
+       "| a=b = c |en|UTF-8|en_US|1|0|0|0"},
+      {"a later line for the same key wins",
+       "language=de\nLANGUAGE=fr\nbootstrapped=1\nBootstrapped=0\n", "||fr|UTF-8|en_US|1|0|0|0"},
+      {"keys are matched whole without trimming",
+       "procedure =Spaced\n procedure=Indented\nprocedures=Plural\n", kDefaults},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    BackendSettings settings;
+    settings.setSettings(c.text);
+    EXPECT_EQ(Summary(settings), c.expected);
+  }
 }
 
 TEST(BackendSettingsTest, EachCallStartsFromTheDefaults) {
   BackendSettings settings;
-  settings.setSettings("procedure=First\nfasttables=1\n");
+  settings.setSettings("procedure=First\nfasttables=1\nunicode=0\nmaxcells=5\nlocale=de_DE\n");
   settings.setSettings("language=de\n");
-  EXPECT_EQ(settings.getProcedureName(), "");
-  EXPECT_FALSE(settings.getFastTables());
-  EXPECT_EQ(settings.getOutputLanguage(), "de");
+  EXPECT_EQ(Summary(settings), "||de|UTF-8|en_US|1|0|0|0");
 }
 
 TEST(BackendSettingsTest, MalformedNumbersNameTheKeyAndLine) {
   const struct {
     const char* text;
-    const char* message;
+    const char* key;
     double line;
   } cases[] = {
-      {"maxcells=12a", "BackendSettings::setSettings -- malformed value for key maxcells", 1},
-      {"procedure=x\nmaxcells=", "BackendSettings::setSettings -- malformed value for key maxcells",
-       2},
-      {"maxcells=-1", "BackendSettings::setSettings -- malformed value for key maxcells", 1},
-      {"maxcells= 5", "BackendSettings::setSettings -- malformed value for key maxcells", 1},
-      {"MaxCells=99999999999", "BackendSettings::setSettings -- malformed value for key maxcells",
-       1},
-      {"\n\nunicode=yes", "BackendSettings::setSettings -- malformed value for key unicode", 3},
-      {"bootstrapped=2", "BackendSettings::setSettings -- malformed value for key bootstrapped", 1},
-      {"fasttables=", "BackendSettings::setSettings -- malformed value for key fasttables", 1},
+      {"maxcells=12a", "maxcells", 1},         {"procedure=x\nmaxcells=", "maxcells", 2},
+      {"maxcells=-1", "maxcells", 1},          {"maxcells= 5", "maxcells", 1},
+      {"MaxCells=99999999999", "maxcells", 1}, {"\n\nunicode=yes", "unicode", 3},
+      {"bootstrapped=2", "bootstrapped", 1},   {"fasttables=", "fasttables", 1},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.text);
@@ -110,7 +75,8 @@ TEST(BackendSettingsTest, MalformedNumbersNameTheKeyAndLine) {
       settings.setSettings(c.text);
       ADD_FAILURE() << "accepted";
     } catch (const OMSException& e) {
-      EXPECT_EQ(e.Message(), c.message);
+      EXPECT_EQ(e.Message(),
+                std::string("BackendSettings::setSettings -- malformed value for key ") + c.key);
       EXPECT_EQ(e.Value1(), c.line);
     }
   }
@@ -120,8 +86,7 @@ TEST(BackendSettingsTest, FailedParseKeepsTheEarlierSettings) {
   BackendSettings settings;
   settings.setSettings("procedure=Kept\nmaxcells=7\n");
   EXPECT_THROW(settings.setSettings("procedure=Lost\nmaxcells=many\n"), OMSException);
-  EXPECT_EQ(settings.getProcedureName(), "Kept");
-  EXPECT_EQ(settings.getMaxCells(), 7u);
+  EXPECT_EQ(Summary(settings), "Kept||en|UTF-8|en_US|1|0|0|7");
 }
 
 TEST(BackendSettingsTest, CopiesAreIndependent) {
