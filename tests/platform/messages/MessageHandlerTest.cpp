@@ -1,5 +1,6 @@
 #include "platform/messages/MessageHandler.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,27 +15,36 @@ bool Receive(MessageHandler& handler, const std::string& payload) {
   return handler.receiveMessage(payload.data(), static_cast<unsigned>(payload.size()));
 }
 
-std::vector<MessageItem> Items(MessageHandler& handler) {
-  std::vector<MessageItem> items;
+// The next item of a complete message, or nothing.
+std::optional<MessageItem> Next(MessageHandler& handler) {
+  MessageItem item;
   unsigned kind = 0;
   unsigned extra = 0;
   bool flag = false;
-  std::string text;
-  while (handler.getNextPart(kind, flag, extra, text)) {
-    items.push_back({kind, static_cast<std::uint8_t>(flag ? 1 : 0), extra, text});
-  }
-  return items;
+  if (!handler.getNextPart(kind, flag, extra, item.text)) return std::nullopt;
+  item.kind = kind;
+  item.flag = flag ? 1 : 0;
+  item.extra = extra;
+  return item;
 }
 
-void ExpectSameItems(const std::vector<MessageItem>& actual,
-                     const std::vector<MessageItem>& expected) {
-  ASSERT_EQ(actual.size(), expected.size());
-  for (std::size_t i = 0; i < expected.size(); ++i) {
-    EXPECT_EQ(actual[i].kind, expected[i].kind) << "item " << i;
-    EXPECT_EQ(actual[i].flag, expected[i].flag) << "item " << i;
-    EXPECT_EQ(actual[i].extra, expected[i].extra) << "item " << i;
-    EXPECT_EQ(actual[i].text, expected[i].text) << "item " << i;
-  }
+// "kind/flag/extra/text", so that item lists compare in one step.
+std::string Describe(const MessageItem& item) {
+  return std::to_string(item.kind) + "/" + std::to_string(item.flag) + "/" +
+         std::to_string(item.extra) + "/" + item.text;
+}
+
+std::vector<std::string> Describe(const std::vector<MessageItem>& items) {
+  std::vector<std::string> described;
+  for (const MessageItem& item : items) described.push_back(Describe(item));
+  return described;
+}
+
+// Every remaining item of a complete message.
+std::vector<std::string> Items(MessageHandler& handler) {
+  std::vector<std::string> items;
+  while (const std::optional<MessageItem> item = Next(handler)) items.push_back(Describe(*item));
+  return items;
 }
 
 // Expects receiveMessage to throw with this message and values.
@@ -60,15 +70,10 @@ TEST(MessageHandlerTest, PartsInOrderCompleteTheMessageOnlyWithTheLastOne) {
   MessageHandler handler;
   EXPECT_FALSE(Receive(handler, parts[0]));
   EXPECT_FALSE(Receive(handler, parts[1]));
-  std::string text;
-  unsigned kind = 0;
-  unsigned extra = 0;
-  bool flag = false;
-  EXPECT_FALSE(handler.getNextPart(kind, flag, extra, text))
-      << "no items before the message is complete";
+  EXPECT_FALSE(Next(handler)) << "no items before the message is complete";
   EXPECT_TRUE(Receive(handler, parts[2]));
-  ExpectSameItems(Items(handler), kModelItems);
-  EXPECT_FALSE(handler.getNextPart(kind, flag, extra, text)) << "false again after the last item";
+  EXPECT_EQ(Items(handler), Describe(kModelItems));
+  EXPECT_FALSE(Next(handler)) << "false again after the last item";
 }
 
 TEST(MessageHandlerTest, EmptySharesAndEmptyBodiesAreAccepted) {
@@ -76,7 +81,7 @@ TEST(MessageHandlerTest, EmptySharesAndEmptyBodiesAreAccepted) {
   const std::vector<std::string> parts = SplitMessageBody(EncodeMessageItems(kModelItems), 200, 1);
   for (std::size_t i = 0; i + 1 < parts.size(); ++i) ASSERT_FALSE(Receive(handler, parts[i]));
   EXPECT_TRUE(Receive(handler, parts.back()));
-  ExpectSameItems(Items(handler), kModelItems);
+  EXPECT_EQ(Items(handler), Describe(kModelItems));
 
   EXPECT_TRUE(Receive(handler, EncodeMessagePart(2, 0, 1, "")));
   EXPECT_TRUE(Items(handler).empty());
@@ -91,7 +96,7 @@ TEST(MessageHandlerTest, PartOutOfOrderIsRefusedAndTheHandlerStartsAfresh) {
   // Afresh: the earlier part 0 is forgotten, so the whole message must come again.
   ExpectRefused(handler, parts[1], "MessageHandler::receiveMessage -- part out of order", 1, 0);
   for (const std::string& part : parts) Receive(handler, part);
-  ExpectSameItems(Items(handler), kModelItems);
+  EXPECT_EQ(Items(handler), Describe(kModelItems));
 }
 
 TEST(MessageHandlerTest, PartOfAnotherMessageIsRefused) {
@@ -126,13 +131,10 @@ TEST(MessageHandlerTest, BodyEndingInsideAnItemIsAnOMSException) {
     SCOPED_TRACE(cut);
     MessageHandler handler;
     ASSERT_TRUE(Receive(handler, EncodeMessagePart(1, 0, 1, body.substr(0, cut))));
-    unsigned kind = 0;
-    unsigned extra = 0;
-    bool flag = false;
-    std::string text;
-    ASSERT_TRUE(handler.getNextPart(kind, flag, extra, text));
-    EXPECT_EQ(text, "Linear model");
-    EXPECT_THROW(handler.getNextPart(kind, flag, extra, text), OMSException);
+    const std::optional<MessageItem> first = Next(handler);
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first->text, "Linear model");
+    EXPECT_THROW(Next(handler), OMSException);
   }
 }
 
@@ -144,12 +146,8 @@ TEST(MessageHandlerTest, TextLengthBeyondTheBodyIsRefusedWithoutReading) {
   body[12] = '\xFF';
   MessageHandler handler;
   ASSERT_TRUE(Receive(handler, EncodeMessagePart(1, 0, 1, body)));
-  unsigned kind = 0;
-  unsigned extra = 0;
-  bool flag = false;
-  std::string text;
   try {
-    handler.getNextPart(kind, flag, extra, text);
+    Next(handler);
     FAIL() << "a 4 GiB text in a 16-byte body was accepted";
   } catch (const OMSException& e) {
     EXPECT_EQ(e.Message(), "MessageHandler::getNextPart -- body ends inside an item text");
@@ -166,7 +164,7 @@ TEST(MessageHandlerTest, NextMessageStartsAfterACompleteOne) {
       SplitMessageBody(EncodeMessageItems({{0, 0, 0, "second"}}), 2, 2);
   EXPECT_FALSE(Receive(handler, parts[0]));
   EXPECT_TRUE(Receive(handler, parts[1]));
-  ExpectSameItems(Items(handler), {{0, 0, 0, "second"}});
+  EXPECT_EQ(Items(handler), (std::vector<std::string>{"0/0/0/second"}));
 }
 
 TEST(MessageHandlerTest, SplitSharesDifferByAtMostOneByteAndKeepTheBodyOrder) {
