@@ -387,6 +387,7 @@ std::vector<OmExampleStreams::Example> OmExampleStreams::All() {
   all.push_back({"crosstabs", Crosstabs()});
   all.push_back({"descriptives", Descriptives()});
   all.push_back({"logpages", LogPages()});
+  all.push_back({"mi_regression", MIRegression()});
   all.push_back({"splitfile", SplitFile()});
   return all;
 }

@@ -26,6 +26,9 @@ public:
   static OmStreamWriter SplitFile();
   // Log lines between page titles, and a procedure that prints a text block.
   static OmStreamWriter LogPages();
+  // Regression on the original data and five imputations: descriptives, correlations and
+  // coefficients tables that the session pools (OmExampleMIRegression.cpp).
+  static OmStreamWriter MIRegression();
 
   // Every example, in file-name order.
   static std::vector<Example> All();
