@@ -7,6 +7,7 @@
 
 #include "platform/stream/MessageCodes.h"
 #include "platform/stream/OmStreamWriter.h"
+#include "tests/platform/stream/MessageLayouts.h"
 
 namespace {
 
@@ -19,71 +20,18 @@ bool Contains(const std::string& text, const std::string& part) {
 // One record of every kind the writer makes, in the given order.
 OmStreamWriter EveryMessage(ByteOrder order) {
   OmStreamWriter w(order);
-  w.ByteOrderProbe();
-  w.ConversionName(3, "latin1");
-  w.OutputSetting("TVARS", "Labels");
-  w.ConversionPair(1, 2);
-  w.Number(1, 2.5, 0x050802);
-  w.Integer(2, 7, 0x050800);
-  w.String(3, "text", 1);
-  w.BeginComposite(4, 3);
+  for (const MessageLayouts::Layout& layout : MessageLayouts::SingleRecord()) layout.write(w);
+  // The messages without fields, and those that may take several records.
   w.BeginRepeatList();
   w.EndRepeatList();
-  w.CompositeArgument(2);
-  w.TableColors(1, 2);
-  w.RequiredTable(1, 2);
-  w.ScratchTable(3);
-  w.BeginTable(1, 3, 3, true);
-  w.Category(1, 2, 3);
-  w.BeginGroup(1, 2, 3);
-  w.EndGroup(1, 3);
-  w.CellDimension(1, 3);
-  w.Cell(1, 1, 2);
-  w.CellCategory(1, 2);
-  w.EndTable(1);
-  w.BeginProcedure(5, "procedure=X");
-  w.BeginNode(1);
   w.EndNode();
-  w.Annotate(1, 2);
-  w.SplitCategory(1, 2);
-  w.Dimension(1, 2);
-  w.ScratchCategory(1, 2);
-  w.PlaceDimension(1, 2, 3, 1, 1, 0);
-  w.AnnotateMarked(1, 2, 3);
-  w.DiscardCell(1);
-  w.CopyCell(1, 2);
-  w.SortGroup(1, 2);
-  w.SortDimension(1, 2);
-  w.SortUngroup(1, 2);
-  w.EndProcedure("specs", 2);
-  w.PrintLine(2, "print");
-  w.LogLine(1, "log");
   w.FlushLog();
-  w.BeginTextBlock(1);
-  w.Ungroup(1);
-  w.CornerText(1, 2);
-  w.ClearTableFlag(1);
   w.Refresh();
-  w.TableProperty(1, 2, 3);
-  w.PageTitle("title", "sub");
-  w.ChartXml(1, 2, "<c/>");
-  w.Variable(1, 2, "v", "label");
-  w.DataValue(1, 2, 0x050802, "v", "label", 1.5);
-  w.DataValue(1, 2, 0x050802, "v", "label", std::string_view("text"));
-  w.ColumnWidth(1, 3, 4, 5);
-  w.ModelPMML({{0, 0, 0, "model"}}, 1);
-  w.TreeXml(1, 1, "<t/>", 0);
   w.Bold();
-  w.BackgroundColor("red");
-  w.TextColor("blue");
-  w.Marker(1);
-  w.OutlineText("outline");
-  w.InteractiveJson(1, 0, "{}");
-  w.LongStringPiece(1, 2, "a", "b", true);
-  w.LongText(1, "a", "b", "c");
   w.HideCategory();
-  w.MiscProperty(1, "x");
-  w.SwapBytes(order == ByteOrder::BigEndian);
+  w.String(3, "text", 1);
+  w.EndProcedure("specs", 2);
+  w.ModelPMML({{0, 0, 0, "model"}}, 1);
   return w;
 }
 
