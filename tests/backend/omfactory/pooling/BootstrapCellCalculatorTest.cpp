@@ -1,0 +1,307 @@
+// The results of one bootstrapped cell: the result group a writer adds, the footnotes and
+// formats it writes, the replicates the collector gathers and what the calculator makes of them.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+#include <numeric>
+#include <vector>
+
+#include "BootTables.h"
+#include "backend/omfactory/pooling/BootstrapCellCalculator.h"
+#include "backend/omfactory/pooling/BootstrapResultWriter.h"
+#include "backend/omfactory/pooling/OmBootCalculator.h"
+#include "backend/omfactory/pooling/ReplicateCollector.h"
+#include "platform/errors/OMSException.h"
+
+namespace {
+
+using namespace boottest;
+using Coords = OmPivotTable::Coordinates;
+
+// "Statistics" (Mean, Std. Error) x "Var" (a, b) x split 0 .. samples.
+struct StatTable {
+  explicit StatTable(int samples) : builder("Descriptive Statistics") {
+    stats = builder.Dim("Statistics", {"Mean", "Std. Error"});
+    vars = builder.Dim("Var", {"a", "b"});
+    split = SplitDim(builder, samples);
+  }
+  OmPivotTable& Table() { return *builder; }
+  TableBuilder builder;
+  int stats = 0, vars = 0, split = 0;
+};
+
+std::unique_ptr<BootstrapResultWriter> MakeWriter(OmPivotTable& table, int dim, unsigned samples,
+                                                  double level = 95.0, bool hasStdError = false,
+                                                  bool hasJackknife = false, bool sigOnly = false) {
+  return std::make_unique<BootstrapResultWriter>(level, table, dim, OmStringCell("Bootstrap", true),
+                                                 "bootstrap samples", samples, hasStdError,
+                                                 hasJackknife, sigOnly);
+}
+
+TEST(BootstrapResultWriterTest, AddsResultsInDisplayOrderWhileNumberingThemBiasFirst) {
+  StatTable t(3);
+  BootstrapResultWriter writer(95.0, t.Table(), t.stats, OmStringCell("Bootstrap", true),
+                               "bootstrap samples", 1000, true, false, false);
+  EXPECT_EQ(Labels(t.Table().Dimension(t.stats)),
+            (std::vector<std::string>{"Mean", "Std. Error", "Bootstrap", "Bias", "Std. Error",
+                                      "Sig. (2-tailed)", "95% Confidence Interval", "Lower", "Upper"}));
+  EXPECT_EQ(writer.BiasCategory(), 2);
+  EXPECT_EQ(writer.StandardErrorCategory(), 3);
+  EXPECT_EQ(writer.LowerCategory(), 4);
+  EXPECT_EQ(writer.UpperCategory(), 5);
+  EXPECT_EQ(writer.SignificanceCategory(), 6);
+  const OmDimensionNode* group = NodeLabelled(t.Table().Dimension(t.stats).Root(), "Bootstrap");
+  ASSERT_NE(group, nullptr);
+  EXPECT_EQ(NotesOf(t.Table(), group->Label()),
+            std::vector<std::string>{"Unless otherwise noted, bootstrap results are based on 1000 bootstrap samples"});
+}
+
+TEST(BootstrapResultWriterTest, SignificanceOnlyAddsOneCategoryAndWritesEvenAnUncomputableValue) {
+  StatTable t(3);
+  BootstrapResultWriter writer(95.0, t.Table(), t.stats, OmStringCell("Bootstrap", true),
+                               "bootstrap samples", 3, true, false, true);
+  EXPECT_EQ(Labels(t.Table().Dimension(t.stats)),
+            (std::vector<std::string>{"Mean", "Std. Error", "Bootstrap", "Sig. (2-tailed)"}));
+  EXPECT_EQ(writer.SignificanceCategory(), 2);
+  writer.Write({0, 1, 0}, 3, false, 0.5, 0.5, -1.0, 0.0, 1.0);
+  EXPECT_EQ(NumberAt(t.Table(), {2, 1, 0}).Value(), -1.0);
+  EXPECT_EQ(NumberAt(t.Table(), {2, 1, 0}).Format(), BootstrapResultWriter::kSignificanceFormat);
+  EXPECT_EQ(t.Table().NCells(), 1u);
+}
+
+TEST(BootstrapResultWriterTest, IntervalLabelShowsTheLevelsDecimalsAndCoverageFollowsTheLevel) {
+  struct Case { double level; bool jackknife; const char* label; unsigned coverage; };
+  const Case cases[] = {
+      {95.0, false, "95% Confidence Interval", 39},
+      {97.5, false, "97.5% Confidence Interval", 79},
+      {99.0, false, "99% Confidence Interval", 199},
+      {90.0, true, "BCa 90% Confidence Interval", 19},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    StatTable t(3);
+    BootstrapResultWriter writer(c.level, t.Table(), t.stats, OmStringCell("Bootstrap", true),
+                                 "bootstrap samples", 3, false, c.jackknife, false);
+    EXPECT_NE(NodeLabelled(t.Table().Dimension(t.stats).Root(), c.label), nullptr);
+    EXPECT_EQ(writer.CoverageCount(), c.coverage);
+    // Without a standard error there is no significance category.
+    EXPECT_EQ(NodeLabelled(t.Table().Dimension(t.stats).Root(), "Sig. (2-tailed)"), nullptr);
+  }
+}
+
+TEST(BootstrapResultWriterTest, FootnotesQualifyOnlyTheCellsTheyConcern) {
+  StatTable t(3);
+  t.builder.Number({0, 0, 0}, 1.5, 0x3050008);
+  auto writer = MakeWriter(t.Table(), t.stats, 1000, 97.5, true, true);
+  // 10 replicates, no interval, no jackknife range for this cell.
+  writer->Write({0, 0, 0}, 10, false, 0.1, 0.2, 0.3, kSysMiss, kSysMiss);
+  const Coords bias{writer->BiasCategory(), 0, 0}, se{writer->StandardErrorCategory(), 0, 0};
+  const Coords lower{writer->LowerCategory(), 0, 0}, upper{writer->UpperCategory(), 0, 0};
+  const Coords sig{writer->SignificanceCategory(), 0, 0};
+  const std::string based = "Based on 10 samples";
+  const std::string coverage = "97.5% coverage needs 79 samples...";
+  const std::string jackknife = "Not all jackknife results available, so...";
+  EXPECT_EQ(NotesAt(t.Table(), bias), std::vector<std::string>{based});
+  EXPECT_EQ(NotesAt(t.Table(), se), std::vector<std::string>{based});
+  EXPECT_EQ(NotesAt(t.Table(), lower), (std::vector<std::string>{based, coverage, jackknife}));
+  EXPECT_EQ(NotesAt(t.Table(), upper), (std::vector<std::string>{based, coverage}));
+  EXPECT_EQ(NotesAt(t.Table(), sig), std::vector<std::string>{based});
+  // Results take the statistic's format, the significance its own.
+  EXPECT_EQ(NumberAt(t.Table(), bias).Format(), 0x3050008u);
+  EXPECT_EQ(NumberAt(t.Table(), lower).Value(), kSysMiss);
+  EXPECT_EQ(NumberAt(t.Table(), sig).Format(), BootstrapResultWriter::kSignificanceFormat);
+}
+
+TEST(BootstrapResultWriterTest, CompleteResultsCarryNoFootnoteAndAMissingSignificanceIsLeftOut) {
+  StatTable t(3);
+  auto writer = MakeWriter(t.Table(), t.stats, 1000, 95.0, true, true);
+  // The statistic cell is absent: results get the default format.
+  writer->Write({1, 1, 0}, 1000, true, 0.1, 0.2, -1.0, 0.5, 0.9);
+  for (int category : {writer->BiasCategory(), writer->StandardErrorCategory(),
+                       writer->LowerCategory(), writer->UpperCategory()}) {
+    EXPECT_TRUE(NotesAt(t.Table(), {category, 1, 0}).empty());
+    EXPECT_EQ(NumberAt(t.Table(), {category, 1, 0}).Format(), BootstrapResultWriter::kDefaultResultFormat);
+  }
+  EXPECT_EQ(t.Table().Cell({writer->SignificanceCategory(), 1, 0}), nullptr);
+  // Few replicates but an interval that could be computed: no coverage note.
+  writer->Write({1, 0, 0}, 10, true, 0.1, 0.2, 0.5, 0.5, 0.9);
+  EXPECT_EQ(NotesAt(t.Table(), {writer->LowerCategory(), 0, 0}),
+            std::vector<std::string>{"Based on 10 samples"});
+}
+
+TEST(OmBootCalculatorTest, InconsistentListsAreSizeMismatches) {
+  const std::vector<double> replicates{1.0, 2.0, 3.0}, errors{1.0}, none;
+  const OmBootCalculator::JackknifeList jackknife(2);
+  struct Case { const std::vector<double>& errors; std::uint32_t start, end; double v1, v2; };
+  const Case cases[] = {{errors, 0, 0, 1, 3}, {none, 3, 3, 3, 2}, {none, 0, 5, 5, 2}};
+  for (const Case& c : cases) {
+    try {
+      OmBootCalculator(replicates, c.errors, none, jackknife, c.start, c.end, 2.0, kSysMiss);
+      ADD_FAILURE() << "no exception for " << c.v1 << ", " << c.v2;
+    } catch (const OMSException& e) {
+      EXPECT_EQ(e.Message(), "OmBootCalculator::OmBootCalculator -- size mismatch");
+      EXPECT_EQ(e.Value1(), c.v1);
+      EXPECT_EQ(e.Value2(), c.v2);
+    }
+  }
+}
+
+TEST(OmBootCalculatorTest, AMissingReplicateLeavesEveryResultUncomputable) {
+  const std::vector<double> replicates{1.0, kSysMiss, 3.0}, errors{0.5, 0.5, 0.5}, none;
+  const OmBootCalculator::JackknifeList jackknife;
+  const OmBootCalculator calc(replicates, errors, none, jackknife, 0, 0, 2.0, 0.5);
+  EXPECT_EQ(calc.Bias(), kSysMiss);
+  EXPECT_EQ(calc.StandardError(), kSysMiss);
+  EXPECT_EQ(calc.ConfidenceInterval(95.0), std::make_pair(kSysMiss, kSysMiss));
+  EXPECT_EQ(calc.Significance(2, 0.0), -1.0);
+}
+
+TEST(OmBootCalculatorTest, BiasAndStandardErrorComeFromTheReplicates) {
+  const std::vector<double> replicates{1.0, 2.0, 3.0, 6.0}, none;
+  const OmBootCalculator calc(replicates, none, none, {}, 0, 0, 2.5, kSysMiss);
+  EXPECT_DOUBLE_EQ(calc.Bias(), 0.5);
+  EXPECT_NEAR(calc.StandardError(), std::sqrt(14.0 / 3.0), 1e-12);
+  // Four replicates are too few for the 2.5% and 97.5% ranks; 50% needs ranks 1 and 3.
+  EXPECT_EQ(calc.ConfidenceInterval(95.0), std::make_pair(kSysMiss, kSysMiss));
+  const auto [lower, upper] = calc.ConfidenceInterval(50.0);
+  EXPECT_LE(1.0, lower);
+  EXPECT_LT(lower, upper);
+  EXPECT_LE(upper, 6.0);
+  // No standard errors: no significance.
+  EXPECT_EQ(calc.Significance(2, 0.0), -1.0);
+}
+
+// "Statistics" (Mean, Std. Error) x "Var" (a, b) x split 0 .. 1000 with Mean of a at value k.
+struct FullTable : StatTable {
+  FullTable() : StatTable(1000) {
+    Replicates(builder, {0, 0, 0}, split, 1000, [](int k) { return double(k); });
+  }
+};
+
+TEST(BootstrapCellCalculatorTest, AllReplicatesGiveResultsWithoutASampleNote) {
+  FullTable t;
+  const SvrBootstrapSpecs specs = Specs(1000);
+  BootstrapCellCalculator calc(specs, t.Table(), MakeWriter(t.Table(), t.stats, 1000), t.split, {});
+  calc.ComputeCell({0, 0, 0}, {}, false);
+  const BootstrapResultWriter& w = calc.Writer();
+  // Replicates 1 .. 1000 around an estimate of 0.
+  EXPECT_DOUBLE_EQ(NumberAt(t.Table(), {w.BiasCategory(), 0, 0}).Value(), 500.5);
+  EXPECT_TRUE(NotesAt(t.Table(), {w.BiasCategory(), 0, 0}).empty());
+  EXPECT_NE(NumberAt(t.Table(), {w.LowerCategory(), 0, 0}).Value(), kSysMiss);
+  EXPECT_EQ(t.Table().Cell({w.SignificanceCategory(), 0, 0}), nullptr);
+}
+
+TEST(BootstrapCellCalculatorTest, MissingReplicatesAreLeftOutAndCounted) {
+  FullTable t;
+  t.builder->TakeCell({0, 0, 7});
+  t.builder.Number({0, 0, 8}, kSysMiss);
+  t.builder->Cell({0, 0, 9}, OmStringCell("n/a"));
+  const SvrBootstrapSpecs specs = Specs(1000);
+  BootstrapCellCalculator calc(specs, t.Table(), MakeWriter(t.Table(), t.stats, 1000), t.split, {});
+  calc.ComputeCell({0, 0, 0}, {}, false);
+  EXPECT_EQ(calc.Collector().Replicates().size(), 997u);
+  EXPECT_EQ(NotesAt(t.Table(), {calc.Writer().BiasCategory(), 0, 0}),
+            std::vector<std::string>{"Based on 997 samples"});
+}
+
+TEST(BootstrapCellCalculatorTest, ZeroFillCountsMissingReplicatesAsZero) {
+  FullTable t;
+  for (int k = 991; k <= 1000; ++k) t.builder->TakeCell({0, 0, k});
+  const SvrBootstrapSpecs specs = Specs(1000);
+  BootstrapCellCalculator calc(specs, t.Table(), MakeWriter(t.Table(), t.stats, 1000), t.split, {});
+  calc.ComputeCell({0, 0, 0}, {}, true);
+  const Coords bias{calc.Writer().BiasCategory(), 0, 0};
+  EXPECT_TRUE(NotesAt(t.Table(), bias).empty());
+  // (1 + ... + 990) / 1000 - 0
+  EXPECT_DOUBLE_EQ(NumberAt(t.Table(), bias).Value(), 990.0 * 991.0 / 2.0 / 1000.0);
+}
+
+TEST(BootstrapCellCalculatorTest, AStatisticThatIsNotANumberGetsNoResults) {
+  FullTable t;
+  t.builder->Cell({0, 1, 0}, OmStringCell("."));
+  const std::size_t before = t.Table().NCells();
+  const SvrBootstrapSpecs specs = Specs(1000);
+  BootstrapCellCalculator calc(specs, t.Table(), MakeWriter(t.Table(), t.stats, 1000), t.split, {});
+  calc.ComputeCell({0, 1, 0}, {}, false);
+  calc.ComputeCell({1, 1, 0}, {}, false);  // no cell at all
+  EXPECT_EQ(t.Table().NCells(), before);
+  EXPECT_FALSE(calc.Collector().Collect({0, 1, 0}, {}));
+}
+
+TEST(BootstrapCellCalculatorTest, StandardErrorsGiveASignificance) {
+  StatTable t(20);
+  Replicates(t.builder, {0, 0, 0}, t.split, 20, [](int k) { return 5.0 + 0.1 * (k % 5); });
+  Replicates(t.builder, {1, 0, 0}, t.split, 20, [](int k) { return 1.0 + 0.01 * k; });
+  const SvrBootstrapSpecs specs = Specs(20);
+  BootstrapCellCalculator calc(specs, t.Table(), MakeWriter(t.Table(), t.stats, 20, 95.0, true),
+                               t.split, {});
+  calc.ComputeCell({0, 0, 0}, {1, 0, 0}, false);
+  EXPECT_EQ(calc.Collector().EstimateStdError(), 1.0);
+  EXPECT_EQ(calc.Collector().ReplicateStdErrors().size(), 20u);
+  const double sig = NumberAt(t.Table(), {calc.Writer().SignificanceCategory(), 0, 0}).Value();
+  EXPECT_GE(sig, 0.0);
+  EXPECT_LE(sig, 1.0);
+  // Standard errors short of one replicate are not used at all.
+  t.builder->TakeCell({1, 0, 3});
+  calc.Collector().Collect({0, 0, 0}, {1, 0, 0});
+  EXPECT_TRUE(calc.Collector().ReplicateStdErrors().empty());
+  EXPECT_EQ(calc.Collector().Replicates().size(), 20u);
+}
+
+TEST(BootstrapCellCalculatorTest, TestStatisticsBecomeStandardErrors) {
+  StatTable t(3);
+  const double values[] = {6.0, 2.0, 4.0, 3.0};
+  const double tests[] = {3.0, 0.0, 2.0, 1.5};
+  for (int k = 0; k <= 3; ++k) {
+    t.builder.Number({0, 0, k}, values[k]);
+    t.builder.Number({1, 0, k}, tests[k]);
+  }
+  ReplicateCollector collector(t.Table(), t.split, 3, {}, {});
+  ASSERT_TRUE(collector.Collect({0, 0, 0}, {1, 0, 0}));
+  collector.TestStatisticsToStdErrors();
+  EXPECT_EQ(collector.EstimateStdError(), 2.0);
+  // A t of 0 gives no standard error.
+  EXPECT_EQ(collector.ReplicateStdErrors(), (std::vector<double>{kSysMiss, 2.0, 2.0}));
+}
+
+TEST(ReplicateCollectorTest, AReplicateThatLacksARequiredCellIsLeftOutForTheWholeBlock) {
+  TableBuilder b("Coefficients");
+  const int stats = b.Dim("Statistics", {"B"});
+  const int params = b.Dim("Parameter", {"p1", "p2"});
+  const int split = SplitDim(b, 3);
+  (void)stats;
+  (void)params;
+  for (int p = 0; p < 2; ++p) {
+    Replicates(b, {0, p, 0}, split, 3, [p](int k) { return p == 1 && k == 2 ? kSysMiss : 1.0 + k; });
+  }
+  ReplicateCollector masked(*b, split, 3, {}, {params});
+  ASSERT_TRUE(masked.Collect({0, 0, 0}, {}));
+  EXPECT_EQ(masked.Replicates(), (std::vector<double>{2.0, 4.0}));
+  ReplicateCollector unmasked(*b, split, 3, {}, {});
+  ASSERT_TRUE(unmasked.Collect({0, 0, 0}, {}));
+  EXPECT_EQ(unmasked.Replicates(), (std::vector<double>{2.0, 3.0, 4.0}));
+  // A system-missing original makes the replicates that hold a value there unusable.
+  b.Number({0, 1, 0}, kSysMiss);
+  b.Number({0, 1, 2}, 9.0);
+  ReplicateCollector fresh(*b, split, 3, {}, {params});
+  ASSERT_TRUE(fresh.Collect({0, 0, 0}, {}));
+  EXPECT_TRUE(fresh.Replicates().empty());
+}
+
+TEST(ReplicateCollectorTest, JackknifeRangeEndsAtTheFirstBoundaryWhenItsCellsAreAllThere) {
+  StatTable t(5);
+  Replicates(t.builder, {0, 0, 0}, t.split, 5, [](int k) { return 10.0 + k; });
+  const std::vector<std::uint32_t> boundaries{3, 6};
+  ReplicateCollector collector(t.Table(), t.split, 3, boundaries, {});
+  ASSERT_TRUE(collector.Collect({0, 0, 0}, {}));
+  EXPECT_EQ(collector.JackknifeStart(), 0u);
+  EXPECT_EQ(collector.JackknifeEnd(), 3u);
+  EXPECT_EQ(collector.JackknifeValues(), (std::vector<double>{10.0, 11.0, 12.0}));
+  t.builder->TakeCell({0, 0, 1});
+  ASSERT_TRUE(collector.Collect({0, 0, 0}, {}));
+  EXPECT_EQ(collector.JackknifeEnd(), 0u);
+  EXPECT_TRUE(collector.JackknifeValues().empty());
+}
+
+}  // namespace
