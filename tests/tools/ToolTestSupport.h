@@ -2,6 +2,9 @@
 // command line in-process.
 #pragma once
 
+#include <sys/wait.h>
+
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -54,7 +57,7 @@ private:
 };
 
 // The result of one command line run in-process.
-struct Run {
+struct Result {
   int status = -1;
   std::string out;
   std::string err;
@@ -62,13 +65,36 @@ struct Run {
 
 // Runs `omfactory args...` as if installed in the repository's build folder, so that the
 // default string tables are the repository's.
-inline Run Tool(const std::vector<std::string>& args) {
+inline Result Tool(const std::vector<std::string>& args) {
   std::ostringstream out;
   std::ostringstream err;
-  Run run;
+  Result run;
   run.status = OmTool::Main(args, out, err, SourceDir() + "/build/test/tools/omfactory/omfactory");
   run.out = out.str();
   run.err = err.str();
+  return run;
+}
+
+// Runs the built executable in a process of its own (state that one session leaves behind in
+// this process cannot leak into it), from folder dir, its standard error sent to errFile.
+inline Result Executable(const std::string& executable, const std::vector<std::string>& args,
+                         const std::string& dir, const std::string& errFile) {
+  auto quote = [](const std::string& s) {
+    std::string q = "'";
+    for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return q + "'";
+  };
+  std::string command = "cd " + quote(dir) + " && " + quote(executable);
+  for (const std::string& a : args) command += " " + quote(a);
+  command += " 2>" + quote(errFile);
+  Result run;
+  if (FILE* pipe = popen(command.c_str(), "r")) {
+    char buffer[4096];
+    for (std::size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) run.out.append(buffer, n);
+    const int status = pclose(pipe);
+    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+  run.err = ReadFile(errFile);
   return run;
 }
 

@@ -151,7 +151,8 @@ int OmRenderCommand::Run(std::ostream& out, std::ostream& err) const {
     }
   }
 
-  if (!o.stringTables.empty()) PathFactory::SetRoot(o.stringTables);
+  // Always set, so that a run without tables does not inherit the root of an earlier run.
+  PathFactory::SetRoot(o.stringTables);
   OmOutputTree tree;
   int status = kOk;
   {
