@@ -19,6 +19,7 @@
 #include "platform/outputmodel/OmProcedure.h"
 #include "platform/outputmodel/OmTextBlock.h"
 #include "platform/settings/BackendSettings.h"
+#include "platform/strings/CodePage.h"
 #include "platform/strings/NuvaroMB.h"
 #include "platform/strings/icuTracker.h"
 #include "platform/stringtables/PathFactory.h"
@@ -34,6 +35,13 @@ ExtNameStr GenericPath(const std::string& path) {
 OmOutputTree* CheckedTree(OmOutputTree* tree) {
   if (tree == nullptr) throw OMSException("OmFactory::OmFactory() -- outputTree == nullptr");
   return tree;
+}
+
+// The multibyte string functions work in the current code page: the session's texts are in
+// codePage from here on. An unknown name throws before anything changes.
+const std::string& MadeCurrent(const std::string& codePage) {
+  CodePage::SetCurrent(codePage);
+  return codePage;
 }
 
 // "Values" and "Names" 1, "Labels" 2, "Both" 3, anything else 0 (unset).
@@ -57,7 +65,7 @@ int TruncatedInt(double value) {
 OmFactory::Data::Data(OmOutputTree* outputTree, const ExtNameStr& stringTablePath,
                       const std::string& codePage, const std::vector<OMSObjectSelector>& requests)
     : _outputTree(CheckedTree(outputTree)),
-      _codePage(codePage),
+      _codePage(MadeCurrent(codePage)),
       _stringTablePath(stringTablePath),
       _dictionary(stringTablePath),
       _translator(&_dictionary),
@@ -66,7 +74,7 @@ OmFactory::Data::Data(OmOutputTree* outputTree, const ExtNameStr& stringTablePat
 OmFactory::Data::Data(OmOutputTree* outputTree, const std::string& stringTablePath,
                       const std::string& codePage, const std::vector<OMSObjectSelector>& requests)
     : _outputTree(CheckedTree(outputTree)),
-      _codePage(codePage),
+      _codePage(MadeCurrent(codePage)),
       _stringTablePath(GenericPath(stringTablePath)),
       _dictionary(stringTablePath),
       _translator(&_dictionary),
@@ -141,6 +149,8 @@ void OmFactory::Data::BeginProcedure(std::int64_t id, std::string_view settingsT
   const std::string locale = settings.getLocale();
   const bool unicode = settings.getUnicode();
 
+  // Set even when unchanged: another session on this process may have set its own meanwhile.
+  CodePage::SetCurrent(codePage);
   if (codePage != _codePage) {
     _logBlock = nullptr;
     _codePage = codePage;

@@ -7,6 +7,8 @@
 #include "platform/outputmodel/OmProcedure.h"
 #include "platform/outputmodel/OmStringCell.h"
 #include "platform/settings/iocvset.h"
+#include "platform/strings/CodePage.h"
+#include "platform/strings/NuvaroMB.h"
 #include "platform/stringtables/ExtNameStr.h"
 
 namespace sessiontest {
@@ -413,6 +415,36 @@ TEST(OMSExceptionText, WhatAppendsBothValues) {
 TEST(SessionConstruction, NullOutputTreeIsRefused) {
   const std::vector<OMSObjectSelector> none;
   EXPECT_THROW(OmFactory(nullptr, std::string(), "UTF-8", none), OMSException);
+}
+
+// The multibyte string functions follow the session: its code page at construction, then each
+// procedure's own; an unknown name is refused and leaves the current one.
+TEST(SessionCodePage, StringFunctionsWorkInTheSessionsCodePage) {
+  OmOutputTree tree;
+  const std::vector<OMSObjectSelector> none;
+  const std::string eAcute = "\xe9";  // one character in windows-1252, no character in UTF-8
+  {
+    OmFactory session(&tree, std::string(), "windows-1252", none);
+    EXPECT_EQ(CodePage::Current().IcuName(), CodePage::Get("windows-1252").IcuName());
+    std::string upper = eAcute;
+    NuvaroMBstrupr_A(upper);
+    EXPECT_EQ(upper, "\xc9");
+
+    OmStreamWriter writer;
+    writer.BeginProcedure(1, Settings("Descriptives", "codepage=UTF-8\n"));
+    std::vector<OmStreamRecord> records = writer.Records();
+    for (OmStreamRecord& record : records) {
+      session.Message(record.code, unsigned(record.payload.size()), record.payload.data());
+    }
+    ASSERT_NE(session.Procedure(), nullptr);
+    EXPECT_TRUE(CodePage::Current().IsUtf8());
+    upper = eAcute;
+    NuvaroMBstrupr_A(upper);
+    EXPECT_EQ(upper, eAcute);
+  }
+  EXPECT_THROW(OmFactory(&tree, std::string(), "no-such-code-page", none), OMSException);
+  EXPECT_TRUE(CodePage::Current().IsUtf8());
+  CodePage::SetCurrent("UTF-8");
 }
 
 TEST(SessionConstruction, PathConstructorsAgree) {
