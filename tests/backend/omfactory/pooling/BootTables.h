@@ -15,6 +15,7 @@
 #include "platform/outputmodel/OmNumDataValue.h"
 #include "platform/outputmodel/OmVariable.h"
 #include "MITableBuilder.h"
+#include "platform/outputmodel/OmNumber.h"
 
 namespace boottest {
 
@@ -27,13 +28,21 @@ using mitest::TableBuilder;
 constexpr const char* kSplitVariable = "$bootstrap_split";
 
 // The bootstrap split dimension with categories 0 (the original sample) .. last.
-inline int SplitDim(TableBuilder& builder, int last) {
-  OmPivotTable& table = *builder;
+inline int SplitDim(OmPivotTable& table, int last) {
   const int d = table.AddDimension(OmVariable(kSplitVariable, ""));
   OmDimension& dim = table.Dimension(d);
   for (int i = 0; i <= last; ++i) {
     dim.Child(&dim.Root(), -1, OmNumDataValue(kSplitVariable, "", double(i), mitest::kNoDecimals), false);
   }
+  return d;
+}
+inline int SplitDim(TableBuilder& builder, int last) { return SplitDim(*builder, last); }
+
+// A string-labelled dimension with one category per label.
+inline int Dim(OmPivotTable& table, const std::string& label, const std::vector<std::string>& categories) {
+  const int d = table.AddDimension(OmStringCell(label));
+  OmDimension& dim = table.Dimension(d);
+  for (const std::string& c : categories) dim.Child(&dim.Root(), -1, OmStringCell(c), false);
   return d;
 }
 
@@ -47,13 +56,17 @@ inline SvrBootstrapSpecs Specs(unsigned samples, double levelPct = 95.0) {
 
 // Puts value(k) at `at` with split coordinate k, for k = 0 .. last; a system-missing value(k)
 // leaves that cell out.
-inline void Replicates(TableBuilder& builder, OmPivotTable::Coordinates at, int splitDim, int last,
+inline void Replicates(OmPivotTable& table, OmPivotTable::Coordinates at, int splitDim, int last,
                        const std::function<double(int)>& value) {
   for (int k = 0; k <= last; ++k) {
     at[std::size_t(splitDim)] = k;
     const double v = value(k);
-    if (v != kSysMiss) builder.Number(at, v);
+    if (v != kSysMiss) table.Cell(at, OmNumber(v, mitest::kTwoDecimals));
   }
+}
+inline void Replicates(TableBuilder& builder, OmPivotTable::Coordinates at, int splitDim, int last,
+                       const std::function<double(int)>& value) {
+  Replicates(*builder, std::move(at), splitDim, last, value);
 }
 
 // The labels of the leaves and groups of a dimension, depth first, groups before their children.
