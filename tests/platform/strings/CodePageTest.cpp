@@ -53,19 +53,15 @@ TEST_F(CodePageTest, SplitKeepsDoubleByteCharactersWhole) {
 }
 
 TEST_F(CodePageTest, SplitKeepsBadBytesOneByOne) {
-  const auto utf8 = CodePage::Get("UTF-8").Split("a\xE2\x82\xFF" "b");
-  ASSERT_EQ(utf8.size(), 5u);
-  EXPECT_TRUE(utf8[0].valid);
-  EXPECT_FALSE(utf8[1].valid);
-  EXPECT_FALSE(utf8[2].valid);
-  EXPECT_FALSE(utf8[3].valid);
-  EXPECT_TRUE(utf8[4].valid);
-
+  auto valid = [](const std::vector<CodePage::Char>& chars) {
+    std::string flags;
+    for (const CodePage::Char& c : chars) flags += c.valid ? 'v' : 'x';
+    return flags;
+  };
+  EXPECT_EQ(valid(CodePage::Get("UTF-8").Split("a\xE2\x82\xFF" "b")), "vxxxv");
   const auto sjis = CodePage::Get("Shift_JIS").Split("\xFF\x93");  // bad byte, then a lone lead
-  ASSERT_EQ(sjis.size(), 2u);
-  EXPECT_FALSE(sjis[0].valid);
-  EXPECT_FALSE(sjis[1].valid);
-  EXPECT_EQ(sjis[1].length, 1u);
+  EXPECT_EQ(valid(sjis), "xx");
+  EXPECT_EQ(sjis.at(1).length, 1u);
 }
 
 TEST_F(CodePageTest, ConvertsGermanTextToAndFromWindows1252) {
