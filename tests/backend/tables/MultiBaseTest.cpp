@@ -6,19 +6,14 @@ namespace {
 
 using Digits = std::vector<std::uint32_t>;
 
-TEST(MultiBase, DigitsAreMixedRadixWithTheLastDigitLeastSignificant) {
+TEST(MultiBase, DigitsAreMixedRadixWithTheLastDigitLeastSignificantAndTheLeadingOneUnreduced) {
   MultiBase mb({5, 2, 3});
   EXPECT_EQ(mb.Digits(7), (Digits{1, 0, 1}));
   EXPECT_EQ(mb.Digits(0), (Digits{0, 0, 0}));
   EXPECT_EQ(mb.Digits(29), (Digits{4, 1, 2}));
-}
-
-TEST(MultiBase, TheLeadingDigitIsNeverReduced) {
-  MultiBase mb({5, 2, 3});
   // 30 = 5 * 6: the first base would wrap it to 0, but it is never divided by.
   EXPECT_EQ(mb.Digits(30), (Digits{5, 0, 0}));
-  MultiBase single({4});
-  EXPECT_EQ(single.Digits(11), (Digits{11}));
+  EXPECT_EQ(MultiBase({4}).Digits(11), (Digits{11}));
 }
 
 TEST(MultiBase, NoBasesGiveNoDigits) {
