@@ -1,0 +1,188 @@
+// The bootstrap pooler on a procedure's output: the nodes of bootstrap samples go, a heading that
+// held only the original sample's table gives way to it, and a visited table keeps only the
+// original sample with split footnotes taken off its labels.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "BootTables.h"
+#include "backend/omfactory/pooling/OmBootPooler.h"
+#include "platform/outputmodel/OmFootnote.h"
+#include "platform/outputmodel/OmHeading.h"
+#include "platform/outputmodel/OmOutputTree.h"
+#include "platform/outputmodel/OmProcedure.h"
+
+namespace {
+
+using namespace boottest;
+using Node = OmOutputTree::Node;
+
+OmNumDataValue SplitLabel(int k) { return OmNumDataValue(kSplitVariable, "", double(k), mitest::kNoDecimals); }
+
+// A table of "Var" (a, b) x split 0 .. last with a cell at (a, k) for every k in splits.
+std::unique_ptr<OmPivotTable> SplitTable(const OmCellText& label, int last, const std::vector<int>& splits) {
+  auto table = std::make_unique<OmPivotTable>(label, OmStringCell("Report"));
+  table->SetTableTitle(label);
+  Dim(*table, "Var", {"a", "b"});
+  SplitDim(*table, last);
+  for (int k : splits) table->Cell({0, k}, OmNumber(1.0 + k, mitest::kTwoDecimals));
+  return table;
+}
+
+// One line per node: depth, kind and label, in list order.
+std::vector<std::string> Outline(OmOutputTree& list) {
+  std::vector<std::string> lines;
+  for (Node n = list.Begin(); !n.IsEnd(); ++n) {
+    const OmOutputPart* part = n.Value();
+    lines.push_back(std::to_string(n.Level()) + " " + (part ? part->KindName() + std::string(" ") + part->LabelText() : "-"));
+  }
+  return lines;
+}
+
+// root > procedure "Means" > parts added by each test.
+struct Output {
+  Output() {
+    procedure = list.AppendUnderRoot(std::make_unique<OmProcedure>(OmStringCell("Means"), "English", "UTF-8", "en_US"));
+  }
+  Node Heading(Node parent, const OmCellText& label) { return list.Append(parent, std::make_unique<OmHeading>(label)); }
+  OmPivotTable* Table(Node parent, std::unique_ptr<OmPivotTable> table) {
+    OmPivotTable* raw = table.get();
+    list.Append(parent, std::move(table));
+    return raw;
+  }
+  const OmCellText* Name() { return procedure.Value()->Label(); }
+  OmOutputTree list;
+  Node procedure;
+};
+
+TEST(OmBootPoolerTest, WithoutSpecificationsNothingIsChosenErasedOrReduced) {
+  Output out;
+  out.Heading(out.procedure, SplitLabel(3));
+  OmPivotTable* table = out.Table(out.procedure, SplitTable(OmStringCell("Report"), 2, {0, 1, 2}));
+  const std::vector<std::string> before = Outline(out.list);
+  OmBootPooler pooler(out.Name(), out.list, nullptr);
+  EXPECT_TRUE(pooler.Patterns().empty());
+  EXPECT_EQ(Outline(out.list), before);
+  table->Accept(pooler);
+  EXPECT_EQ(table->Size(1), 3);
+  EXPECT_FALSE(table->Dimension(1).HideLabel());
+}
+
+TEST(OmBootPoolerTest, ProcedureChoosesItsPatterns) {
+  Output out;
+  const SvrBootstrapSpecs specs = Specs(10);
+  OmBootPooler means(out.Name(), out.list, &specs);
+  EXPECT_EQ(means.Patterns().size(), 1u);  // "Report"
+  OmBootPooler none(nullptr, out.list, &specs);
+  EXPECT_TRUE(none.Patterns().empty());
+}
+
+TEST(OmBootPoolerTest, NodesOfBootstrapSamplesGoWithEverythingBelowThem) {
+  Output out;
+  const Node sample3 = out.Heading(out.procedure, SplitLabel(3));
+  out.Table(sample3, SplitTable(OmStringCell("Inner"), 2, {0}));
+  const Node sample0 = out.Heading(out.procedure, SplitLabel(0));
+  out.Table(sample0, SplitTable(OmStringCell("First"), 2, {0}));
+  out.Table(sample0, SplitTable(OmStringCell("Second"), 2, {0}));
+  out.Heading(out.procedure, OmStringCell("$bootstrap_split = 7"));
+  const SvrBootstrapSpecs specs = Specs(2);
+  OmBootPooler pooler(out.Name(), out.list, &specs);
+  EXPECT_EQ(Outline(out.list),
+            (std::vector<std::string>{"0 -", "1 Procedure Means", "2 Heading 0", "3 Table First", "3 Table Second"}));
+}
+
+TEST(OmBootPoolerTest, TablesWithNothingForTheOriginalSampleGoUnlessFootnoted) {
+  Output out;
+  out.Table(out.procedure, SplitTable(OmStringCell("Replicates only"), 3, {1, 2}));
+  OmPivotTable* noted = out.Table(out.procedure, SplitTable(OmStringCell("Noted"), 3, {2}));
+  noted->Footnote(OmFootnote(OmStringCell("a note")));
+  // The original sample's cell is not the first one.
+  OmPivotTable* original = out.Table(out.procedure, SplitTable(OmStringCell("Original"), 3, {}));
+  original->Cell({1, 0}, OmNumber(4.0, mitest::kTwoDecimals));
+  auto unsplit = std::make_unique<OmPivotTable>(OmStringCell("Unsplit"), OmStringCell("Report"));
+  Dim(*unsplit, "Var", {"a"});
+  out.Table(out.procedure, std::move(unsplit));
+  out.Table(out.procedure, SplitTable(OmStringCell("No categories"), -1, {}));
+  const SvrBootstrapSpecs specs = Specs(3);
+  OmBootPooler pooler(out.Name(), out.list, &specs);
+  EXPECT_EQ(Outline(out.list), (std::vector<std::string>{"0 -", "1 Procedure Means", "2 Table Noted",
+                                                         "2 Table Original", "2 Table Unsplit"}));
+}
+
+TEST(OmBootPoolerTest, AHeadingOfTheOriginalSamplesTableAloneGivesWayToIt) {
+  Output out;
+  const Node heading = out.Heading(out.procedure, OmStringCell("Valid Cases"));
+  out.Table(heading, SplitTable(SplitLabel(0), 2, {0}));
+  // Two children, and an only child with children of its own: both stay.
+  const Node pair = out.Heading(out.procedure, OmStringCell("Pair"));
+  out.Table(pair, SplitTable(SplitLabel(0), 2, {0}));
+  out.Table(pair, SplitTable(OmStringCell("Other"), 2, {0}));
+  const Node outer = out.Heading(out.procedure, OmStringCell("Outer"));
+  const Node inner = out.Heading(outer, SplitLabel(0));
+  const Node innermost = out.Heading(inner, OmStringCell("Innermost"));
+  out.Table(innermost, SplitTable(SplitLabel(0), 2, {0}));
+  const SvrBootstrapSpecs specs = Specs(2);
+  OmBootPooler pooler(out.Name(), out.list, &specs);
+  EXPECT_EQ(Outline(out.list),
+            (std::vector<std::string>{"0 -", "1 Procedure Means", "2 Table Valid Cases", "2 Heading Pair",
+                                      "3 Table 0", "3 Table Other", "2 Heading Outer", "3 Heading 0",
+                                      "4 Table Innermost"}));
+  auto* flattened = dynamic_cast<OmPivotTable*>(out.procedure.FirstChild().Value());
+  ASSERT_NE(flattened, nullptr);
+  EXPECT_EQ(flattened->TableTitle()->Text(), "Valid Cases");
+}
+
+TEST(OmBootPoolerTest, VisitKeepsTheOriginalSampleAndEveryGroupAndHidesTheSplitDimension) {
+  Output out;
+  auto made = std::make_unique<OmPivotTable>(OmStringCell("Report"), OmStringCell("Report"));
+  Dim(*made, "Var", {"a"});
+  const int split = made->AddDimension(OmVariable(kSplitVariable, ""));
+  OmDimension& dim = made->Dimension(split);
+  OmDimension::Node samples = dim.Child(&dim.Root(), -1, OmStringCell("Samples"), true);
+  dim.Child(samples, -1, SplitLabel(1), false);
+  dim.Child(&dim.Root(), -1, SplitLabel(0), false);
+  OmDimension::Node others = dim.Child(&dim.Root(), -1, OmStringCell("Others"), true);
+  dim.Child(others, -1, SplitLabel(2), false);
+  dim.Child(others, -1, OmStringCell("0"), false);
+  dim.Child(others, -1, OmNumDataValue(kSplitVariable, "", std::nan(""), mitest::kNoDecimals), false);
+  for (int k = 0; k < 5; ++k) made->Cell({0, k}, OmNumber(double(k), mitest::kTwoDecimals));
+  OmPivotTable* table = out.Table(out.procedure, std::move(made));
+  const SvrBootstrapSpecs specs = Specs(2);
+  OmBootPooler pooler(out.Name(), out.list, &specs);
+  table->Accept(pooler);
+  EXPECT_EQ(Labels(table->Dimension(split)), (std::vector<std::string>{"Samples", "0", "Others"}));
+  EXPECT_TRUE(table->Dimension(split).HideLabel());
+  EXPECT_TRUE(table->Dimension(split).HideCategories());
+  EXPECT_EQ(table->NCells(), 1u);
+  EXPECT_EQ(NumberAt(*table, {0, 1}).Value(), 1.0);
+}
+
+TEST(OmBootPoolerTest, SplitFootnotesLeaveLabelsButNotDataCells) {
+  Output out;
+  OmPivotTable* table = out.Table(out.procedure, SplitTable(OmStringCell("Report"), 2, {0, 1, 2}));
+  table->CornerText(OmStringCell("corner"));
+  table->Caption(OmStringCell("caption"));
+  const int sample = table->Footnote(OmFootnote(OmStringCell("$bootstrap_split = 2")));
+  const int original = table->Footnote(OmFootnote(OmStringCell("$bootstrap_split = 0")));
+  std::vector<OmCellText*> labels = {table->Label(), table->TableTitle(), table->CornerText(), table->Caption(),
+                                     table->Dimension(0).Label(), table->Dimension(0).Root().Child(1)->Label()};
+  for (OmCellText* cell : labels) {
+    cell->Footnote(std::int16_t(sample));
+    cell->Footnote(std::int16_t(original));
+  }
+  table->Cell({0, 0})->Footnote(std::int16_t(sample));
+  const SvrBootstrapSpecs specs = Specs(2);
+  OmBootPooler pooler(out.Name(), out.list, &specs);
+  EXPECT_FALSE(table->RemovedFootnotes());
+  table->Accept(pooler);
+  for (OmCellText* cell : labels) {
+    EXPECT_EQ(cell->Footnotes(), std::vector<std::int16_t>{std::int16_t(original)}) << cell->Text();
+  }
+  EXPECT_EQ(table->Cell({0, 0})->Footnotes(), std::vector<std::int16_t>{std::int16_t(sample)});
+  EXPECT_TRUE(table->RemovedFootnotes());
+}
+
+}  // namespace
