@@ -10,6 +10,7 @@
 #include "platform/strings/CodePage.h"
 #include "platform/strings/NuvaroMB.h"
 #include "platform/stringtables/ExtNameStr.h"
+#include "platform/stringtables/PathFactory.h"
 
 namespace sessiontest {
 namespace {
@@ -369,6 +370,63 @@ TEST_F(OutputSettings, OlangWithoutAMatchChangesNothing) {
   writer.OutputSetting("OLANG", "");
   Feed();
   EXPECT_EQ(factory->StringTablePath().GetGeneric(), "/somewhere");
+}
+
+// With the shipped tables, OLANG switches what the library and the procedure mark translatable,
+// the recovery block included; names copied from the procedure stay as they are.
+TEST(OutputLanguage, OlangSwitchesTheShippedTablesForLaterProcedures) {
+  PathFactory::SetRoot("");
+  OmOutputTree tree;
+  const std::vector<OMSObjectSelector> none;
+  OmFactory session(&tree, std::string(OMF_STRINGTABLES_DIR) + "/lang/en", "UTF-8", none);
+  RecordingObserver wantsAll;
+  session.Register(&wantsAll);
+  OmStreamWriter writer;
+  auto feed = [&] {
+    std::vector<OmStreamRecord> records = writer.Records();
+    writer.Clear();
+    for (OmStreamRecord& record : records) {
+      session.Message(record.code, unsigned(record.payload.size()), record.payload.data());
+    }
+  };
+  auto procedure = [&](std::int64_t id, bool fail) {
+    writer.BeginProcedure(id, Settings("Descriptives"));
+    writer.String(1, "Statistics", 0);
+    writer.BeginNode(1);
+    writer.String(2, "Statistic", 0);
+    writer.String(3, "Descriptive Statistics", 1);
+    writer.BeginTable(1, 2, 3);
+    writer.String(4, "Mean", 0);
+    writer.CellDimension(1, 4);
+    writer.Number(5, 4, 0x050802);
+    writer.String(6, "Mean", 0);
+    writer.Cell(1, 5, 6);
+    writer.EndTable(1);
+    if (fail) writer.EndTable(1);  // no table open under TCID 1 any more
+    writer.EndNode();
+    writer.EndProcedure();
+    feed();
+  };
+
+  writer.OutputSetting("OLANG", "GERMAN");
+  procedure(1, true);
+  writer.OutputSetting("OLANG", "ENGLISH");
+  procedure(2, false);
+  PathFactory::SetRoot("");
+
+  EXPECT_EQ(Outline(tree),
+            (std::vector<std::string>{"0:-", "1:Procedure:Descriptives", "2:Heading:Statistiken",
+                                      "3:Table:Statistik", "2:Text:Ausgabe fehlt",
+                                      "1:Procedure:Descriptives", "2:Heading:Statistics",
+                                      "3:Table:Statistic"}));
+  std::vector<OmPivotTable*> tables = PartsOf<OmPivotTable>(tree);
+  ASSERT_EQ(tables.size(), 2u);
+  EXPECT_EQ(tables[0]->Dimension(0).Label()->Text(), "Mittelwert");
+  EXPECT_EQ(tables[1]->Dimension(0).Label()->Text(), "Mean");
+  EXPECT_EQ(tables[0]->TemplateName().Text(), "Descriptive Statistics");
+  OmTextBlock* missing = PartsOf<OmTextBlock>(tree).at(0);
+  EXPECT_EQ(missing->Lines(), (std::vector<std::string>{
+                                 "Nicht genügend Arbeitsspeicher beim Sammeln der Ausgabe."}));
 }
 
 TEST_F(OutputSettings, UnknownKeywordsAreIgnored) {
