@@ -21,11 +21,8 @@ TEST_F(CodePageTest, CurrentIsUtf8UntilSetAndFollowsSetCurrent) {
   EXPECT_TRUE(CodePage::Current().IsSingleByte());
 }
 
-TEST_F(CodePageTest, GetReturnsTheSameObjectForTheSameName) {
+TEST_F(CodePageTest, GetReturnsOneObjectPerNameAndReadsDigitsAsAWindowsCodePage) {
   EXPECT_EQ(&CodePage::Get("Shift_JIS"), &CodePage::Get("Shift_JIS"));
-}
-
-TEST_F(CodePageTest, DigitsNameTheWindowsCodePage) {
   EXPECT_EQ(CodePage::Get("1252").IcuName(), CodePage::Get("windows-1252").IcuName());
   EXPECT_EQ(CodePage::Get("932").IcuName(), CodePage::Get("Shift_JIS").IcuName());
 }
@@ -64,25 +61,19 @@ TEST_F(CodePageTest, SplitKeepsBadBytesOneByOne) {
   EXPECT_EQ(sjis.at(1).length, 1u);
 }
 
-TEST_F(CodePageTest, ConvertsGermanTextToAndFromWindows1252) {
+TEST_F(CodePageTest, ConvertsGermanAndJapaneseTextToAndFromTheirCodePages) {
   const std::string latin = FromUtf8("Grüße, Ärger", "windows-1252");
   EXPECT_EQ(latin, "Gr\xFC\xDF" "e, \xC4rger");
   EXPECT_EQ(ToUtf8(latin, "windows-1252"), "Grüße, Ärger");
-}
-
-TEST_F(CodePageTest, ConvertsJapaneseTextToAndFromShiftJis) {
   const std::string sjis = FromUtf8("日本語テキスト", "Shift_JIS");
   EXPECT_EQ(sjis.size(), 14u);
   EXPECT_EQ(ToUtf8(sjis, "Shift_JIS"), "日本語テキスト");
 }
 
-TEST_F(CodePageTest, UnrepresentableCharactersBecomeQuestionMarks) {
+TEST_F(CodePageTest, UnrepresentableCharactersBecomeQuestionMarksAndBadBytesReplacementCharacters) {
   EXPECT_EQ(FromUtf8("a日b", "windows-1252"), "a?b");
   EXPECT_EQ(FromUtf8("a\xFF" "b", "windows-1252"), "a?b");  // malformed UTF-8
   EXPECT_EQ(FromUtf8("aÄb", "Shift_JIS").front(), 'a');
-}
-
-TEST_F(CodePageTest, BadBytesBecomeReplacementCharactersInUtf8) {
   EXPECT_EQ(ToUtf8("a\xFF" "b", "UTF-8"), "a\xEF\xBF\xBD" "b");
   EXPECT_EQ(ToUtf8("a\xFF", "Shift_JIS"), "a\xEF\xBF\xBD");
   EXPECT_EQ(ToUtf8("valid ü", "UTF-8"), "valid ü");
