@@ -99,25 +99,19 @@ TEST(MessageHandlerTest, PartOutOfOrderIsRefusedAndTheHandlerStartsAfresh) {
   EXPECT_EQ(Items(handler), Describe(kModelItems));
 }
 
-TEST(MessageHandlerTest, PartOfAnotherMessageIsRefused) {
+TEST(MessageHandlerTest, ForeignPartsBadCountsAndShortHeadersAreRefused) {
   MessageHandler handler;
   EXPECT_FALSE(Receive(handler, EncodeMessagePart(7, 0, 2, "ab")));
   ExpectRefused(handler, EncodeMessagePart(8, 1, 2, "cd"),
                 "MessageHandler::receiveMessage -- part of another message", 8, 7);
   EXPECT_TRUE(Receive(handler, EncodeMessagePart(8, 0, 1, "")));
-}
 
-TEST(MessageHandlerTest, CountZeroOrAChangedCountIsRefused) {
-  MessageHandler handler;
   ExpectRefused(handler, EncodeMessagePart(3, 0, 0, ""),
                 "MessageHandler::receiveMessage -- part count == 0", 3, 0);
   EXPECT_FALSE(Receive(handler, EncodeMessagePart(3, 0, 3, "")));
   ExpectRefused(handler, EncodeMessagePart(3, 1, 2, ""),
                 "MessageHandler::receiveMessage -- part count changed", 2, 3);
-}
 
-TEST(MessageHandlerTest, PayloadShorterThanThePartHeaderIsRefused) {
-  MessageHandler handler;
   ExpectRefused(handler, std::string(11, '\0'),
                 "MessageHandler::receiveMessage -- part shorter than its header", 12, 11);
   EXPECT_THROW(handler.receiveMessage(nullptr, 20), OMSException);
