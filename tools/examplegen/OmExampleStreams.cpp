@@ -384,6 +384,7 @@ OmStreamWriter OmExampleStreams::LogPages() {
 
 std::vector<OmExampleStreams::Example> OmExampleStreams::All() {
   std::vector<Example> all;
+  all.push_back({"bootstrap_descriptives", BootstrapDescriptives()});
   all.push_back({"crosstabs", Crosstabs()});
   all.push_back({"descriptives", Descriptives()});
   all.push_back({"logpages", LogPages()});

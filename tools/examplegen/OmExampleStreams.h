@@ -29,6 +29,10 @@ public:
   // Regression on the original data and five imputations: descriptives, correlations and
   // coefficients tables that the session pools (OmExampleMIRegression.cpp).
   static OmStreamWriter MIRegression();
+  // Descriptives with 1000 bootstrap samples: a statistics table with the bootstrap split
+  // dimension and one case summary per split, pooled to the original sample
+  // (OmExampleBootstrap.cpp).
+  static OmStreamWriter BootstrapDescriptives();
 
   // Every example, in file-name order.
   static std::vector<Example> All();
