@@ -9,6 +9,9 @@
 #include "platform/errors/OMSException.h"
 #include "platform/outputmodel/OmNumDataValue.h"
 #include "platform/outputmodel/OmNumber.h"
+#include "platform/outputmodel/OmStringCellUTF8.h"
+#include "platform/strings/CodePage.h"
+#include "platform/strings/icuTracker.h"
 
 namespace {
 
@@ -24,6 +27,25 @@ const icu::Collator* RootCollator() {
     if (U_FAILURE(status)) collator.reset();
   });
   return collator.get();
+}
+
+// A label's text as Unicode: UTF-8 cells are UTF-8 whatever the code page; the others are in the
+// code page of their tracker, or in the session's current one when they have none.
+icu::UnicodeString Decoded(const OmCellText& cell) {
+  const std::string text = cell.Text();
+  if (dynamic_cast<const OmStringCellUTF8*>(&cell) != nullptr) {
+    return icu::UnicodeString::fromUTF8(text);
+  }
+  if (const icuTracker* tracker = cell.getICUTracker()) return tracker->GetCodePage().Decode(text);
+  return CodePage::Current().Decode(text);
+}
+
+// The collation of the procedure's locale, through the tracker of either label; the root
+// collation for labels without one.
+const icu::Collator* CollatorFor(const OmCellText& a, const OmCellText& b) {
+  if (const icuTracker* tracker = a.getICUTracker()) return &tracker->GetCollator();
+  if (const icuTracker* tracker = b.getICUTracker()) return &tracker->GetCollator();
+  return RootCollator();
 }
 
 // A label's numeric value, for labels that are numbers; false otherwise.
@@ -176,11 +198,11 @@ bool OmDimensionNode::operator<(const OmDimensionNode& other) const {
     if (va != va || vb != vb) return va == va && vb != vb;
     return va < vb;
   }
-  const std::string ta = a->Text(), tb = b->Text();
-  if (const icu::Collator* collator = RootCollator()) {
+  const icu::UnicodeString ua = Decoded(*a), ub = Decoded(*b);
+  if (const icu::Collator* collator = CollatorFor(*a, *b)) {
     UErrorCode status = U_ZERO_ERROR;
-    UCollationResult r = collator->compareUTF8(ta, tb, status);
+    const UCollationResult r = collator->compare(ua, ub, status);
     if (U_SUCCESS(status)) return r == UCOL_LESS;
   }
-  return ta < tb;
+  return ua < ub;
 }

@@ -10,7 +10,10 @@
 #include "platform/outputmodel/OmNumber.h"
 #include "platform/outputmodel/OmPivotTable.h"
 #include "platform/outputmodel/OmStringCell.h"
+#include "platform/outputmodel/OmStringCellUTF8.h"
 #include "platform/outputmodel/OmVariable.h"
+#include "platform/strings/CodePage.h"
+#include "platform/strings/icuTracker.h"
 
 namespace {
 
@@ -116,6 +119,33 @@ TEST(OmDimensionNode, OrderIsNumericForNumbersAndCollatedForText) {
   EXPECT_TRUE(node(std::make_unique<OmNumber>(99)) < node(std::make_unique<OmStringCell>("1")));
   EXPECT_TRUE(node(nullptr) < node(std::make_unique<OmNumber>(0)));
   EXPECT_FALSE(node(nullptr) < node(nullptr));
+}
+
+// Labels are compared as the characters they encode: in their tracker's code page and locale, or
+// in the session's code page; UTF-8 cells always as UTF-8.
+TEST(OmDimensionNode, TextOrderFollowsTheLabelsCodePageAndLocale) {
+  auto node = [](std::unique_ptr<OmCellText> label, icuTracker* tracker = nullptr) {
+    if (tracker != nullptr) label->setICUTracker(tracker);
+    return OmDimensionNode(std::move(label), false, 0);
+  };
+  const std::string apfelUtf8 = "\xC3\xA4pfel", apfelLatin = "\xE4pfel";  // "äpfel"
+
+  CodePage::SetCurrent("windows-1252");
+  EXPECT_TRUE(node(std::make_unique<OmStringCell>(apfelLatin)) <
+              node(std::make_unique<OmStringCell>("birnen")));
+  EXPECT_TRUE(node(std::make_unique<OmStringCellUTF8>(apfelUtf8)) <
+              node(std::make_unique<OmStringCellUTF8>("birnen")));
+  CodePage::SetCurrent("UTF-8");
+
+  icuTracker latinGerman(false, "de_DE.windows-1252");
+  EXPECT_TRUE(node(std::make_unique<OmStringCell>(apfelLatin), &latinGerman) <
+              node(std::make_unique<OmStringCell>("birnen"), &latinGerman));
+  // Swedish sorts "ä" after "z"; the root order puts it with "a".
+  icuTracker swedish(true, "sv_SE");
+  EXPECT_TRUE(node(std::make_unique<OmStringCell>("zebra"), &swedish) <
+              node(std::make_unique<OmStringCell>("\xC3\xA4pple"), &swedish));
+  EXPECT_TRUE(node(std::make_unique<OmStringCell>("\xC3\xA4pple")) <
+              node(std::make_unique<OmStringCell>("zebra")));
 }
 
 TEST(OmDimension, DeleteInATableDestroysTheCategoriesCells) {
