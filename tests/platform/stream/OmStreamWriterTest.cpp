@@ -1,6 +1,5 @@
 #include "platform/stream/OmStreamWriter.h"
 
-#include <functional>
 #include <string>
 #include <vector>
 
