@@ -30,13 +30,12 @@ const icu::Collator* RootCollator() {
 }
 
 // A label's text as Unicode: UTF-8 cells are UTF-8 whatever the code page; the others are in the
-// code page of their tracker, or in the session's current one when they have none.
+// session's code page, like every text of the stream.
 icu::UnicodeString Decoded(const OmCellText& cell) {
   const std::string text = cell.Text();
   if (dynamic_cast<const OmStringCellUTF8*>(&cell) != nullptr) {
     return icu::UnicodeString::fromUTF8(text);
   }
-  if (const icuTracker* tracker = cell.getICUTracker()) return tracker->GetCodePage().Decode(text);
   return CodePage::Current().Decode(text);
 }
 
