@@ -1,0 +1,105 @@
+// The hot messages allocate nothing but their cells: counts every heap allocation of this test
+// program while IPC_NUMBER, IPC_CELL and IPC_CATEGORY messages are handled.
+#include <cstdlib>
+#include <new>
+
+#include "SessionFixture.h"
+
+namespace {
+std::size_t gAllocations = 0;
+}  // namespace
+
+namespace {
+void* Allocate(std::size_t size) {
+  ++gAllocations;
+  if (void* p = std::malloc(size == 0 ? 1 : size)) return p;
+  throw std::bad_alloc();
+}
+}  // namespace
+
+void* operator new(std::size_t size) { return Allocate(size); }
+void* operator new[](std::size_t size) { return Allocate(size); }
+void operator delete(void* p) noexcept { std::free(p); }
+void operator delete[](void* p) noexcept { std::free(p); }
+void operator delete(void* p, std::size_t) noexcept { std::free(p); }
+void operator delete[](void* p, std::size_t) noexcept { std::free(p); }
+
+namespace sessiontest {
+namespace {
+
+constexpr int kMessages = 200;
+
+class HotPath : public BothOrdersTest {
+protected:
+  // Payload copies of every record written so far, ready to be handed over without allocating.
+  std::vector<OmStreamRecord> Take() {
+    std::vector<OmStreamRecord> records = writer.Records();
+    writer.Clear();
+    return records;
+  }
+  // Allocations made while the session handles records.
+  std::size_t Count(std::vector<OmStreamRecord>& records) {
+    const std::size_t before = gAllocations;
+    for (OmStreamRecord& record : records) {
+      factory->Message(record.code, unsigned(record.payload.size()), record.payload.data());
+    }
+    return gAllocations - before;
+  }
+};
+
+TEST_P(HotPath, NumberMessagesAllocateOnlyTheirCell) {
+  Feed();
+  writer.Number(1, 0, 0x050802);  // the slot table has its room
+  Feed();
+  for (int i = 0; i < kMessages; ++i) writer.Number(1, i, 0x050802);
+  std::vector<OmStreamRecord> records = Take();
+  EXPECT_EQ(Count(records), std::size_t(kMessages));
+}
+
+TEST_P(HotPath, CellAndCategoryMessagesAllocateNothingOnceTheirCategoriesExist) {
+  BeginProcedure();
+  BeginTable(1, "Hot");
+  writer.String(2, "Statistics", 1);
+  writer.CellDimension(1, 2);
+  writer.String(3, "x", 1);
+  writer.String(4, "Variables", 1);
+  writer.Category(1, 3, 4);
+  writer.Number(5, 1, 0x050802);
+  writer.String(6, "N", 1);
+  writer.Cell(1, 5, 6);
+  Feed();
+  ASSERT_EQ(OpenTable().NCells(), 1u);
+
+  // Every message finds its category and replaces the one cell; the cells are made beforehand.
+  std::vector<OmStreamRecord> cells;
+  for (int i = 0; i < kMessages; ++i) {
+    writer.String(3, "x", 1);
+    writer.String(4, "Variables", 1);
+    writer.Number(5, i, 0x050802);
+    writer.String(6, "N", 1);
+    std::vector<OmStreamRecord> made = Take();
+    Count(made);
+    writer.Category(1, 3, 4);
+    writer.Cell(1, 5, 6);
+    std::vector<OmStreamRecord> hot = Take();
+    EXPECT_EQ(Count(hot), 0u) << "message pair " << i;
+  }
+  EXPECT_EQ(factory->RecoveredErrorCount(), 0u);
+  EXPECT_EQ(OpenTable().NCells(), 1u);
+}
+
+TEST_P(HotPath, DroppedMessagesAllocateNothing) {
+  writer.String(3, "x", 1);
+  writer.String(4, "Variables", 1);
+  Feed();
+  for (int i = 0; i < kMessages; ++i) writer.Category(1, 3, 4);  // no procedure: dropped
+  std::vector<OmStreamRecord> records = Take();
+  EXPECT_EQ(Count(records), 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(BothOrders, HotPath,
+                         ::testing::Values(ByteOrder::LittleEndian, ByteOrder::BigEndian),
+                         OrderName);
+
+}  // namespace
+}  // namespace sessiontest
