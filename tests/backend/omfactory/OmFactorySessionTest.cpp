@@ -499,6 +499,19 @@ TEST(SessionCodePage, StringFunctionsWorkInTheSessionsCodePage) {
     upper = eAcute;
     NuvaroMBstrupr_A(upper);
     EXPECT_EQ(upper, eAcute);
+    writer.Clear();
+    writer.EndProcedure();
+
+    // A procedure in a code page that cannot be used does not start; the session goes on.
+    writer.BeginProcedure(2, Settings("Descriptives", "codepage=no-such-code-page\n"));
+    records = writer.Records();
+    for (OmStreamRecord& record : records) {
+      session.Message(record.code, unsigned(record.payload.size()), record.payload.data());
+    }
+    EXPECT_EQ(session.Procedure(), nullptr);
+    ASSERT_NE(session.LastRecoveredError(), nullptr);
+    EXPECT_NE(session.LastRecoveredError()->Message().find("no-such-code-page"), std::string::npos);
+    EXPECT_TRUE(CodePage::Current().IsUtf8());
   }
   EXPECT_THROW(OmFactory(&tree, std::string(), "no-such-code-page", none), OMSException);
   EXPECT_TRUE(CodePage::Current().IsUtf8());
