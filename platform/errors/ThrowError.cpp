@@ -10,7 +10,8 @@ struct KnownError {
 constexpr KnownError kKnownErrors[] = {
     {"omerrors.err", 101, "The procedure ended a table that was never begun."},
     {"omerrors.err", 102, "The procedure ended a table while one of its groups was still open."},
-    {"omerrors.err", 103, "The procedure styled a category while no category was current."},
+    {"omerrors.err", 103,
+     "The procedure styled or annotated the current category while no category was current."},
 };
 
 std::string Describe(const std::string& file, int number) {
