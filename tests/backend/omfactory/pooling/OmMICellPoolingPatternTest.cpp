@@ -93,17 +93,6 @@ TEST(MICellAveraging, NothingToAverageWithoutImputations) {
   EXPECT_EQ(r.t->NCells(), 1u);
 }
 
-TEST(MICellAveraging, AveragedStatisticsStopAtTheFirstMissingCategory) {
-  Report r({"N", "Count"}, 2);
-  for (int i = 1; i <= 2; ++i) {
-    r.t.Number({0, 0, i}, 3.0);
-    r.t.Number({0, 1, i}, 4.0);
-  }
-  // "Range" is not in the table: "Count" after it is not averaged, but "N" before it reports.
-  EXPECT_TRUE(Pattern({.statistics = "Statistics", .averaged = {"N", "Range", "Count"}})->Pool(*r.t, nullptr));
-  EXPECT_EQ(r.t->Cell({0, 1, r.Pooled()}), nullptr);
-}
-
 // --- Rubin pooling
 
 TEST(MICellRubin, PairAgreesWithThePoolingComputation) {

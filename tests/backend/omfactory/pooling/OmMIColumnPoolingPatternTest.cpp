@@ -94,18 +94,6 @@ TEST(MIColumnPooling, AllTermsOfOneModelPoolTogetherAsTheComputationDoes) {
   EXPECT_EQ(c.t->Cell({0, fraction, p}), nullptr);
 }
 
-TEST(MIColumnPooling, DiagnosticsOnFillTheDiagnosticColumns) {
-  ScopedMiOutput output(true, true, true, true);
-  Coefficients c({"x"}, 2);
-  c.Term(0, 1, 1.0, 0.2);
-  c.Term(0, 2, 2.0, 0.2);
-  EXPECT_TRUE(c.Pool());
-  const OmDimension& stats = c.t->Dimension(c.stats);
-  const int fraction = OmPoolingTools::FindMatchingCategory("Fraction Missing Info.", &stats.Root());
-  const mitest::Reference ref = mitest::Pooled({{1.0}, {2.0}}, {{0.2}, {0.2}});
-  EXPECT_DOUBLE_EQ(NumberAt(*c.t, {0, fraction, c.Pooled()}).Value(), ref.fractionMissing[0]);
-}
-
 TEST(MIColumnPooling, ModelsWhoseTermsVaryAreNotPooledAndTheTitleSaysSo) {
   Coefficients c({"(Constant)", "x"}, 3);
   for (int i = 1; i <= 3; ++i) c.Term(0, i, 1.0 + i, 0.2);
@@ -195,16 +183,4 @@ TEST(MIColumnCorrelation, CorrelationOfOneEntersAsAnInfiniteZAndFailsWithItsErro
     EXPECT_TRUE(cell.IsSysMiss());
     EXPECT_EQ(NotesAt(*c.t, {term, c.T, c.Pooled()}), std::vector<std::string>{text});
   }
-}
-
-TEST(MIColumnPooling, TablesWithoutTheirDimensionsAreLeftAlone) {
-  TableBuilder t("Coefficients");
-  t.Dim("Statistics", {"B"});
-  t.Imputations(2);
-  t.Number({0, 1}, 1.0);
-  OmMIColumnPoolingPattern pattern("Regression", "Coefficients");
-  pattern.SetLabels(kCoefficients);
-  EXPECT_TRUE(pattern.MatchesTable(*t));
-  EXPECT_FALSE(pattern.Pool(*t, nullptr));
-  EXPECT_EQ(t->Size(1), 3);  // no "Pooled" category
 }
