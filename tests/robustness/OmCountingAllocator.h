@@ -1,0 +1,24 @@
+// A global operator new for test programs that counts allocations and live bytes and can be armed
+// to throw std::bad_alloc at the n-th allocation from now: failure injection and memory growth
+// checks without a special build. Linked into a test program, it replaces new for all of it.
+#pragma once
+
+#include <cstddef>
+
+namespace robustness {
+
+class CountingAllocator {
+ public:
+  // The next n-th allocation (1 = the very next) throws std::bad_alloc, once; 0 arms nothing.
+  // Either way Failed turns false.
+  static void FailAt(std::size_t n);
+  static void Disarm();
+  // Whether the armed failure has happened since FailAt.
+  static bool Failed();
+  // Allocations since the program started.
+  static std::size_t Allocations();
+  // Bytes allocated and not yet freed (as the C library sizes the blocks).
+  static std::size_t LiveBytes();
+};
+
+}  // namespace robustness
