@@ -5,6 +5,7 @@
 #include <cctype>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 #include "platform/errors/OMSException.h"
 
@@ -45,6 +46,10 @@ public:
     if (n == _fields.size()) return;
     std::vector<int> widths;
     for (const auto& f : _fields) widths.push_back(f.width);
+    // While nothing is stored, the dimensions share one key word evenly, so that a table's
+    // categories rarely outgrow their fields and force a repack of every stored key.
+    const int share = n == 0 ? 0 : std::min<int>(31, int(64 / n));
+    if (_count == 0) widths.assign(n, share);
     widths.resize(n, 0);
     Relayout(widths);
   }
@@ -175,19 +180,14 @@ private:
   }
 
   void Widen(const std::vector<int>& coords) {
-    bool wider = false;
+    if (Fits(coords)) return;  // the common case allocates nothing
     std::vector<int> widths;
     for (std::size_t d = 0; d < _fields.size(); ++d) {
-      int need = BitsFor(coords[d]);
-      int w = _fields[d].width;
+      const int need = BitsFor(coords[d]);
       // One spare bit halves how often a growing dimension forces a repack.
-      if (need > w) {
-        w = std::min(31, need + 1);
-        wider = true;
-      }
-      widths.push_back(w);
+      widths.push_back(need > _fields[d].width ? std::min(31, need + 1) : _fields[d].width);
     }
-    if (wider) Relayout(widths);
+    Relayout(widths);
   }
 
   // Assigns fields to words (no field straddles a word) and repacks every stored key.
@@ -206,22 +206,22 @@ private:
     if (words > kMaxWords) {
       throw OMSException("OmPivotTable::Cell -- coordinate key too wide", double(words));
     }
-    std::vector<std::pair<std::vector<int>, OmCellText*>> entries;
-    entries.reserve(_count);
-    for (std::size_t slot = 0; slot < _values.size(); ++slot) {
-      if (_values[slot]) {
-        std::vector<int> c = Decode(slot);
-        c.resize(fields.size(), 0);
-        entries.emplace_back(std::move(c), _values[slot]);
-      }
-    }
-    _fields = std::move(fields);
-    _words = words;
-    std::size_t capacity = _values.empty() ? 0 : _values.size();
-    _keys.assign(capacity * _words, 0);
-    std::fill(_values.begin(), _values.end(), nullptr);
+    // Every key is decoded with the old layout into one reused buffer and inserted afresh.
+    const std::vector<Field> oldFields = std::exchange(_fields, std::move(fields));
+    const std::size_t oldWords = std::exchange(_words, words);
+    const std::vector<std::uint64_t> oldKeys = std::exchange(_keys, {});
+    const std::vector<OmCellText*> oldValues = std::exchange(_values, {});
+    _keys.assign(oldValues.size() * _words, 0);
+    _values.assign(oldValues.size(), nullptr);
     _count = 0;
-    for (auto& [coords, cell] : entries) Insert(coords, cell);
+    std::vector<int> coords(_fields.size(), 0);
+    for (std::size_t slot = 0; slot < oldValues.size(); ++slot) {
+      if (oldValues[slot] == nullptr) continue;
+      for (std::size_t d = 0; d < oldFields.size() && d < coords.size(); ++d) {
+        coords[d] = Extract(&oldKeys[slot * oldWords], oldFields[d]);
+      }
+      Insert(coords, oldValues[slot]);
+    }
   }
 
   void Rehash(std::size_t capacity) {
