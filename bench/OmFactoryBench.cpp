@@ -6,7 +6,6 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <limits>
@@ -16,18 +15,13 @@
 #include <vector>
 
 #include "bench/OmAllocationCounter.h"
+#include "bench/OmBenchClock.h"
 #include "bench/OmBenchSession.h"
 #include "bench/OmBenchStreams.h"
 #include "bench/OmRawScan.h"
 #include "platform/stream/OmStreamReader.h"
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
-
-double Seconds(Clock::time_point from, Clock::time_point to) {
-  return std::chrono::duration<double>(to - from).count();
-}
 
 // Streams are costly to write; each is made once per run.
 const std::vector<std::uint8_t>& Stream(std::int64_t cells, const OmBenchStreams::TableOptions& o) {
@@ -50,11 +44,11 @@ struct ScanRun {
 // filled before the factory sees it.
 ScanRun TimeScan(const std::vector<std::uint8_t>& bytes) {
   OmStreamReader reader(bytes);
-  const Clock::time_point start = Clock::now();
+  const double start = OmThreadSeconds();
   const OmRawScanResult result = OmRawScan(reader);
-  const Clock::time_point stop = Clock::now();
+  const double stop = OmThreadSeconds();
   benchmark::DoNotOptimize(result.checksum);
-  return {Seconds(start, stop), result.records};
+  return {stop - start, result.records};
 }
 
 struct BuildRun {
@@ -69,10 +63,10 @@ struct BuildRun {
 BuildRun TimeBuild(const std::vector<std::uint8_t>& bytes, const OmBenchSession::Options& options) {
   OmStreamReader reader(bytes);
   OmBenchSession session(options);
-  const Clock::time_point start = Clock::now();
+  const double start = OmThreadSeconds();
   const std::int64_t records = session.Feed(reader);
-  const Clock::time_point stop = Clock::now();
-  return {Seconds(start, stop), records, session.TableCells(), session.ProceduresOffered()};
+  const double stop = OmThreadSeconds();
+  return {stop - start, records, session.TableCells(), session.ProceduresOffered()};
 }
 
 struct MemoryRun {

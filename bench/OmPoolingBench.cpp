@@ -1,0 +1,135 @@
+// Imputation pooling of a "Means" report: groups x statistics cells for each of the original data
+// and m imputations, pooled into a "Pooled" category by OmMIPooler as the end of a procedure does.
+// The cost per (pooled cell x imputation) should not depend on the number of cells or of
+// imputations; BM_PoolingTargets measures both ratios in one run.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string>
+
+#include "backend/omfactory/pooling/OmMIPooler.h"
+#include "bench/OmBenchClock.h"
+#include "platform/mipool/MiOutputSettings.h"
+#include "platform/outputmodel/OmDimension.h"
+#include "platform/outputmodel/OmNumDataValue.h"
+#include "platform/outputmodel/OmNumber.h"
+#include "platform/outputmodel/OmPivotTable.h"
+#include "platform/outputmodel/OmStringCell.h"
+#include "platform/outputmodel/OmVariable.h"
+
+namespace {
+
+// F, width 40: two decimals for statistics, none for counts and imputation numbers.
+constexpr std::uint32_t kTwoDecimals = 0x2050028;
+constexpr std::uint32_t kNoDecimals = 0x50028;
+constexpr const char* kStatistics[] = {"Mean", "Std. Error of Mean", "N"};
+constexpr int kNStatistics = 3;
+
+// Groups x (Mean, Std. Error of Mean, N) x imputations 0 .. m, every cell a number.
+std::unique_ptr<OmPivotTable> MeansReport(int groups, int imputations) {
+  auto table = std::make_unique<OmPivotTable>(OmStringCell("Report"), OmStringCell("Report"));
+  table->SetTableTitle(OmStringCell("Report"));
+  const int g = table->AddDimension(OmStringCell("Group"));
+  const int s = table->AddDimension(OmStringCell("Statistics"));
+  const int m = table->AddDimension(OmVariable("Imputation_", "Imputation Number"));
+  for (int i = 0; i < groups; ++i) {
+    OmDimension& dim = table->Dimension(g);
+    dim.Child(&dim.Root(), -1, OmStringCell("Group " + std::to_string(i + 1)), false);
+  }
+  for (const char* statistic : kStatistics) {
+    OmDimension& dim = table->Dimension(s);
+    dim.Child(&dim.Root(), -1, OmStringCell(statistic), false);
+  }
+  for (int i = 0; i <= imputations; ++i) {
+    OmDimension& dim = table->Dimension(m);
+    dim.Child(&dim.Root(), -1, OmNumDataValue("Imputation_", "", double(i), kNoDecimals), false);
+  }
+  for (int i = 0; i < groups; ++i) {
+    for (int k = 0; k <= imputations; ++k) {
+      const double shift = double(k % 7) * 0.125;
+      table->Cell({i, 0, k}, std::make_unique<OmNumber>(10.0 + i * 0.01 + shift, kTwoDecimals));
+      table->Cell({i, 1, k}, std::make_unique<OmNumber>(0.5 + shift * 0.1, kTwoDecimals));
+      table->Cell({i, 2, k}, std::make_unique<OmNumber>(100.0, kNoDecimals));
+    }
+  }
+  return table;
+}
+
+// Seconds to pool one freshly built report; the build is not timed.
+double TimePooling(int groups, int imputations, std::size_t* cellsAfter) {
+  std::unique_ptr<OmPivotTable> table = MeansReport(groups, imputations);
+  const OmStringCell procedure("Means", true);
+  OmMIPooler pooler(&procedure, nullptr, true, true, true, false);
+  const double start = OmThreadSeconds();
+  pooler.Visit(*table);
+  const double stop = OmThreadSeconds();
+  if (cellsAfter != nullptr) *cellsAfter = table->NCells();
+  return stop - start;
+}
+
+// Pooling settings of a run that shows everything, restored afterwards.
+class AllOutput {
+public:
+  AllOutput() {
+    MiOutputSettings(_pooled, _observed, _imputed, _diagnostics);
+    SetMiOutputSettings(true, true, true, false);
+  }
+  ~AllOutput() { SetMiOutputSettings(_pooled, _observed, _imputed, _diagnostics); }
+
+private:
+  bool _pooled = true, _observed = true, _imputed = true, _diagnostics = true;
+};
+
+// Arguments: pooled cells (groups x 3 statistics), imputations.
+void BM_ImputationPooling(benchmark::State& state) {
+  AllOutput output;
+  const int groups = int(state.range(0) / kNStatistics);
+  const int imputations = int(state.range(1));
+  const std::int64_t pooledCells = std::int64_t(groups) * kNStatistics;
+  const std::size_t expected = std::size_t(pooledCells) * std::size_t(imputations + 2);
+  double best = std::numeric_limits<double>::max();
+  for (auto _ : state) {
+    std::size_t cells = 0;
+    const double seconds = TimePooling(groups, imputations, &cells);
+    if (cells != expected) {
+      state.SkipWithError(("pooled table holds " + std::to_string(cells) + " cells").c_str());
+      break;
+    }
+    state.SetIterationTime(seconds);
+    best = std::min(best, seconds);
+  }
+  state.SetItemsProcessed(state.iterations() * pooledCells);
+  state.counters["ns/cell/imp"] = best * 1e9 / double(pooledCells * imputations);
+}
+
+double BestOf(int rounds, int groups, int imputations) {
+  double best = std::numeric_limits<double>::max();
+  for (int r = 0; r < rounds; ++r) best = std::min(best, TimePooling(groups, imputations, nullptr));
+  return best / (double(groups) * kNStatistics * imputations);
+}
+
+// Cost per pooled cell and imputation: 10x the cells, and 10x the imputations, against the base.
+void BM_PoolingTargets(benchmark::State& state) {
+  AllOutput output;
+  for (auto _ : state) {
+    const double base = BestOf(5, 3'333, 5);
+    const double manyCells = BestOf(3, 33'333, 5);
+    const double manyImputations = BestOf(3, 3'333, 50);
+    state.counters["cells10x<=1.5"] = manyCells / base;
+    state.counters["imps10x<=1.5"] = manyImputations / base;
+    state.SetIterationTime(base * 3'333 * kNStatistics * 5);
+  }
+}
+
+BENCHMARK(BM_ImputationPooling)
+    ->Args({9'999, 5})
+    ->Args({99'999, 5})
+    ->Args({9'999, 50})
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_PoolingTargets)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+}  // namespace
