@@ -46,6 +46,8 @@ std::vector<OmSampleStreams::Named> OmSampleStreams::All(ByteOrder order) {
 }
 
 void OmSampleStreams::SessionSettings(OmStreamWriter& w) {
+  // Restates what the byte-order probe found, on the little-endian machines we build on.
+  w.SwapBytes(w.Order() == ByteOrder::BigEndian);
   w.ConversionName(3, "windows-1252");
   w.ConversionPair(1, 2);
   w.OutputSetting("OVARS", "Labels");

@@ -1,4 +1,4 @@
-// Well-formed message streams that between them use every message code: the seeds of the fuzz
+// Well-formed message streams that between them use every message code the session implements: the seeds of the fuzz
 // corpora, and the material that the robustness tests cut short, lie about and repeat. Each
 // procedure writer emits one whole procedure that a session appends without any failure.
 #pragma once
@@ -23,7 +23,7 @@ public:
   // starts out not swapping reads it correctly.
   static std::vector<Named> All(ByteOrder order);
 
-  // Display, language and conversion settings, log lines, a flush, a refresh and a page title:
+  // The byte order restated, display, language and conversion settings, log lines, a flush, a refresh and a page title:
   // the messages that act without a procedure.
   static void SessionSettings(OmStreamWriter& w);
   // Procedure "Descriptives": a heading, a table of 2 x 2 numbers with a footnote, a marker, a

@@ -263,6 +263,35 @@ TEST(HostileStream, TableMessagesToTcidsNeverOpenedAreReported) {
   }
 }
 
+TEST(HostileStream, MessagesNeverImplementedAreReportedInsideAndOutsideProcedures) {
+  for (bool inside : {true, false}) {
+    for (bool required : {true, false}) {
+      SCOPED_TRACE(std::string(required ? "REQUIRED_TABLE" : "SCRATCH_CATEGORY") +
+                   (inside ? " in a procedure" : " between procedures"));
+      OmSessionProbe probe;
+      OmStreamWriter w;
+      if (inside) {
+        OpenTable(w);
+      } else {
+        w.ByteOrderProbe();
+      }
+      ASSERT_TRUE(probe.Feed(w));
+      OmStreamWriter hostile;
+      if (required) {
+        hostile.RequiredTable(1, 2);
+      } else {
+        hostile.ScratchCategory(1, 2);
+      }
+      probe.Feed(hostile);
+      ASSERT_EQ(probe.Factory().RecoveredErrorCount(), 1u);
+      EXPECT_NE(std::string(probe.Factory().LastRecoveredError()->what()).find("not implemented"),
+                std::string::npos);
+      EXPECT_EQ(probe.HasOutputMissing(), inside);
+      EXPECT_EQ(probe.AcceptsNextProcedure(), "");
+    }
+  }
+}
+
 // IPC_STRING: text length at 0, cell id at 4, literal flag at 8, then the text.
 TEST(HostileStream, StringLengthsAndCellIdsThatLieAreReported) {
   for (ByteOrder order : {ByteOrder::LittleEndian, ByteOrder::BigEndian}) {
