@@ -15,12 +15,12 @@ const OmNumber* NumberAt(const OmPivotTable& table, const OmPivotTable::Coordina
 
 ReplicateCollector::ReplicateCollector(const OmPivotTable& table, int splitDim,
                                        unsigned sampleCount,
-                                       const std::vector<std::uint32_t>& jackknifeBoundaries,
+                                       std::vector<std::uint32_t> jackknifeBoundaries,
                                        std::vector<int> requiredDims)
     : _table(&table),
       _splitDim(splitDim),
       _sampleCount(sampleCount),
-      _jackknifeBoundaries(&jackknifeBoundaries),
+      _jackknifeBoundaries(std::move(jackknifeBoundaries)),
       _requiredDims(std::move(requiredDims)),
       _estimate(OmNumber::kSysMiss),
       _estimateStdError(OmNumber::kSysMiss) {
@@ -76,7 +76,7 @@ bool ReplicateCollector::Collect(const OmPivotTable::Coordinates& estimate,
   std::uint32_t start = 0;
   std::uint32_t end = 0;
   bool found = false;
-  for (std::uint32_t boundary : *_jackknifeBoundaries) {
+  for (std::uint32_t boundary : _jackknifeBoundaries) {
     end = boundary;
     _scratch[std::size_t(_splitDim)] = int(start);
     if (_table->Cell(_scratch) != nullptr) {

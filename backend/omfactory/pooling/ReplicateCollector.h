@@ -10,11 +10,12 @@
 
 class ReplicateCollector {
 public:
-  // table (the source) and jackknifeBoundaries are borrowed and must outlive the collector.
+  // table (the source) is borrowed and must outlive the collector; the boundaries are copied, a
+  // short list that callers often build on the spot.
   // splitDim is the table's bootstrap split dimension, sampleCount B its number of bootstrap
   // samples; requiredDims are the pattern's required dimensions, which decide the replicate mask.
   ReplicateCollector(const OmPivotTable& table, int splitDim, unsigned sampleCount,
-                     const std::vector<std::uint32_t>& jackknifeBoundaries,
+                     std::vector<std::uint32_t> jackknifeBoundaries,
                      std::vector<int> requiredDims);
 
   // Gathers the values for the statistic at estimate (its bootstrap split coordinate is
@@ -56,7 +57,7 @@ private:
   const OmPivotTable* _table;
   int _splitDim;
   unsigned _sampleCount;
-  const std::vector<std::uint32_t>* _jackknifeBoundaries;
+  std::vector<std::uint32_t> _jackknifeBoundaries;
   std::vector<int> _requiredDims;
   std::vector<bool> _mask;
   OmPivotTable::Coordinates _maskAddress;
