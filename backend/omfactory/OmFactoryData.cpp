@@ -202,9 +202,15 @@ void OmFactory::Data::AppendProc(unsigned length, const void* payload) {
     }
     OmOutputTree& procTree = _pProc->Tree();
     if (procTree.Size() >= 2) {
-      OmOutputPart* first = procTree.Root().FirstChild().Value();
-      if (first == nullptr) throw std::bad_cast();
-      auto& procedure = dynamic_cast<OmProcedure&>(*first);
+      auto* first = dynamic_cast<OmProcedure*>(procTree.Root().FirstChild().Value());
+      if (first == nullptr) {
+        // Output that escaped the procedure node (an IPC_END_NODE too many) cannot be appended;
+        // a procedure left open would refuse every later one, so it is closed before the throw.
+        _messageHandler.reset();
+        EndProcedureState();
+        throw std::bad_cast();
+      }
+      OmProcedure& procedure = *first;
       procedure.setOutlineVarDisplay(_outlineVarMode);
       procedure.setOutlineValueDisplay(_outlineValueMode);
       procedure.setTableVarDisplay(_tableVarMode);
