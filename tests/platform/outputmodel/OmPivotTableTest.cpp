@@ -66,6 +66,39 @@ TEST(OmPivotTable, CellsAreStoredSparselyByLeafIndex) {
   EXPECT_EQ(ValueAt(t, {0, 0, 0}), 9);
 }
 
+TEST(OmPivotTable, CellsKeepTheirCoordinatesWhenKeysWidenPastOneWord) {
+  OmPivotTable t(S("t"), S("t"));
+  for (const char* label : {"a", "b", "c", "d", "e"}) t.AddDimension(S(label));
+  std::set<std::vector<int>> stored;
+  for (int i = 0; i < 300; ++i) {
+    // Small coordinates first, then ones that need every bit: keys are repacked into three words.
+    const int big = i < 100 ? i : (1 << 30) - i;
+    std::vector<int> c{i % 7, big, i, (i * 37) % 101, i < 200 ? 0 : big};
+    t.Cell(c, OmNumber(i));
+    stored.insert(c);
+  }
+  ASSERT_EQ(t.NCells(), 300u);
+  std::set<std::vector<int>> seen;
+  for (auto it = t.FirstCell(); it != t.EndCell(); ++it) {
+    const std::vector<int> c = it.Coord();
+    EXPECT_EQ(ValueAt(t, c), c[2]);
+    seen.insert(c);
+  }
+  EXPECT_EQ(seen, stored);
+  // Taking every other cell leaves the rest reachable along their probe sequences.
+  int taken = 0;
+  for (const std::vector<int>& c : stored) {
+    if (c[2] % 2 == 0) {
+      ASSERT_NE(t.TakeCell(c), nullptr);
+      ++taken;
+    }
+  }
+  EXPECT_EQ(t.NCells(), 300u - std::size_t(taken));
+  for (const std::vector<int>& c : stored) {
+    EXPECT_EQ(t.Cell(c) != nullptr, c[2] % 2 != 0);
+  }
+}
+
 TEST(OmPivotTable, BadCoordinatesAreRefused) {
   OmPivotTable t(S("t"), S("t"));
   t.AddDimension(S("a"));
