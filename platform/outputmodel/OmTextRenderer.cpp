@@ -115,6 +115,7 @@ public:
     for (std::size_t i = 0; i < shown; ++i) {
       for (std::size_t k = 0; k < _layerDims.size(); ++k) {
         const OmDimension& dim = _table.Dimension(_layerDims[k]);
+        if (dim.HideCategories()) continue;  // a split kept at one value says nothing
         std::string line = dim.HideLabel() ? std::string() : Decorated(dim.Label()) + ": ";
         line += PathText(*layerCombos[i][k]);
         out << TrimRight(line) << "\n";
@@ -382,7 +383,8 @@ std::string OmTextRenderer::RenderTable(const OmPivotTable& table) const {
 
 std::string OmTextRenderer::RenderPart(const OmOutputPart& part, int level) const {
   const std::size_t pad = std::size_t(std::max(level, 0) * _options.indent);
-  const std::string excluded = part._keep ? "" : " (excluded)";
+  // Unselected headings shown for what they hold are marked only when excluded parts are asked for.
+  const std::string excluded = part._keep || !_options.showExcluded ? "" : " (excluded)";
   std::string text;
   if (auto* table = dynamic_cast<const OmPivotTable*>(&part)) {
     text = RenderTable(*table);
@@ -408,12 +410,16 @@ std::string OmTextRenderer::Render(OmOutputTree& tree) const {
   std::string out;
   for (OmOutputTree::Node n = tree.Begin(); n != tree.End();) {
     OmOutputPart* part = n.Value();
-    if (part && !part->_keep && !_options.showExcluded) {
-      n = n.SubtreeEnd().Here();  // an excluded part hides what lies below it
+    if (part && !part->_keep && !_options.showExcluded && ExcludedPartHidesItsSubtree(*part)) {
+      n = n.SubtreeEnd().Here();
       continue;
     }
     if (part) out += RenderPart(*part, std::max(n.Level() - 1, 0));
     n = n.Next();
   }
   return out;
+}
+
+bool ExcludedPartHidesItsSubtree(const OmOutputPart& part) {
+  return dynamic_cast<const OmHeading*>(&part) == nullptr;
 }

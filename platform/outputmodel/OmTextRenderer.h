@@ -42,3 +42,8 @@ public:
 private:
   Options _options;
 };
+
+// Whether a part that the OMS selection did not keep hides everything below it when rendered.
+// Every part does but a heading (a procedure included): the end of a procedure keeps an
+// unselected heading only while it still holds selected output, which is shown.
+bool ExcludedPartHidesItsSubtree(const OmOutputPart& part);

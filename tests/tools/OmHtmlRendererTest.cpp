@@ -161,14 +161,23 @@ TEST(OmHtmlRenderer, OutlineLinksEveryShownPartAndLeavesExcludedOnesOut) {
   OmOutputTree::Node kept = tree.Append(p, std::make_unique<OmHeading>(S("Kept heading")));
   tree.Append(kept, LayeredTable());
   OmOutputTree::Node dropped = tree.Append(p, std::make_unique<OmHeading>(S("Dropped heading")));
-  tree.Append(dropped, std::make_unique<OmPivotTable>(S("Dropped table"), S("T")));
+  OmOutputTree::Node table =
+      tree.Append(dropped, std::make_unique<OmPivotTable>(S("Dropped table"), S("T")));
+  tree.Append(table, std::make_unique<OmHeading>(S("Dropped below")));
+  table.Value()->_keep = 0;
+  // Not selected itself, the heading still shows for what was selected inside it.
   dropped.Value()->_keep = 0;
+  tree.Append(dropped, std::make_unique<OmHeading>(S("Selected inside")));
 
   const std::string html = OmHtmlRenderer().Render(tree);
   EXPECT_EQ(html.rfind("<!DOCTYPE html>", 0), 0u);
-  EXPECT_FALSE(Contains(html, "Dropped"));
+  EXPECT_FALSE(Contains(html, "Dropped table"));
+  EXPECT_FALSE(Contains(html, "Dropped below"));
+  EXPECT_FALSE(Contains(html, "(excluded)"));
+  EXPECT_TRUE(Contains(html, ">Dropped heading</a>"));
+  EXPECT_TRUE(Contains(html, ">Selected inside</a>"));
   // Each link's target exists.
-  for (const char* id : {"p1", "p2", "p3"}) {
+  for (const char* id : {"p1", "p2", "p3", "p4", "p5"}) {
     EXPECT_TRUE(Contains(html, std::string("href=\"#") + id + "\"")) << id;
     EXPECT_TRUE(Contains(html, std::string("<section id=\"") + id + "\"")) << id;
   }
@@ -180,7 +189,7 @@ TEST(OmHtmlRenderer, OutlineLinksEveryShownPartAndLeavesExcludedOnesOut) {
   OmHtmlRenderer::Options options;
   options.showExcluded = true;
   const std::string all = OmHtmlRenderer(options).Render(tree);
-  EXPECT_TRUE(Contains(all, "Dropped heading"));
+  EXPECT_TRUE(Contains(all, "Dropped table"));
   EXPECT_TRUE(Contains(all, "(excluded)"));
 }
 

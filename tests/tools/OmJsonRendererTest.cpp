@@ -196,19 +196,26 @@ TEST(OmJsonRenderer, CellsAreSortedAndOnlyFiniteNumbersHaveValues) {
   EXPECT_EQ(cells[3]["footnotes"], Json::array({0}));
 }
 
-TEST(OmJsonRenderer, ExcludedPartsAndTheirSubtreesAreLeftOutUnlessAsked) {
+TEST(OmJsonRenderer, ExcludedPartsAreLeftOutUnlessAskedButUnselectedHeadingsShowTheirContent) {
   Tree t;
-  t.heading.Value()->_keep = 0;
+  OmOutputTree::Node table = t.heading.Next();
+  table.Value()->_keep = 0;
   const Json kept = OmJsonRenderer().Outline(t.tree);
-  const Json& children = kept["outline"]["children"][1]["children"];
-  ASSERT_EQ(children.size(), 1u);
-  EXPECT_EQ(children[0]["kind"], "text");
+  ASSERT_EQ(kept["outline"]["children"][1]["children"][0]["children"].size(), 0u);
 
   OmJsonRenderer::Options options;
   options.showExcluded = true;
   const Json all = OmJsonRenderer(options).Outline(t.tree);
-  const Json& heading = all["outline"]["children"][1]["children"][0];
-  EXPECT_EQ(heading["excluded"], true);
+  const Json& excluded = all["outline"]["children"][1]["children"][0]["children"][0];
+  EXPECT_EQ(excluded["kind"], "table");
+  EXPECT_EQ(excluded["excluded"], true);
+
+  // A heading that was not selected itself still holds the selected table.
+  table.Value()->_keep = 1;
+  t.heading.Value()->_keep = 0;
+  const Json inside = OmJsonRenderer().Outline(t.tree);
+  const Json& heading = inside["outline"]["children"][1]["children"][0];
+  EXPECT_EQ(heading["kind"], "heading");
   EXPECT_EQ(heading["children"][0]["kind"], "table");
 }
 

@@ -247,14 +247,20 @@ TEST(OmTool, OmsRequestsFromJsonAndFromRecordsSelectTheOutput) {
   tooltest::TempDir dir;
   const std::string example = tooltest::Example("descriptives");
   const std::string requests = dir.File("requests.json");
-  tooltest::WriteFile(requests, R"([{"types": ["headings"]},
-                                    {"types": ["tables"], "exceptif": {"subtypes": ["Notes"]}}])");
+  // Tables only: the procedure and its headings are not selected, yet they still show the
+  // tables selected inside them.
+  tooltest::WriteFile(requests, R"([{"types": ["tables"], "exceptif": {"subtypes": ["Notes"]}}])");
   const Result run = Tool({"render", "--format", "json", "--oms", requests, example});
   ASSERT_EQ(run.status, 0) << run.err;
   const std::vector<std::string> selected = Outline(json::parse(run.out)["outline"]);
   EXPECT_TRUE(Has(selected, "table:Descriptive Statistics"));
+  EXPECT_TRUE(Has(selected, "procedure:Descriptives"));
   EXPECT_FALSE(Has(selected, "table:Notes"));
   EXPECT_FALSE(Has(selected, "text:Log"));
+  const Result text = Tool({"render", "--oms", requests, example});
+  ASSERT_EQ(text.status, 0) << text.err;
+  EXPECT_NE(text.out.find("Descriptive Statistics"), std::string::npos) << text.out;
+  EXPECT_EQ(text.out.find("Notes"), std::string::npos) << text.out;
 
   // The same selection of tables, as a binary record, keeps the notes table out too.
   OMSObjectSelector headings;

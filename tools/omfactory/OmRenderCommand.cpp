@@ -51,7 +51,7 @@ std::string RenderText(OmOutputTree& tree) {
   std::string out;
   for (OmOutputTree::Node n = tree.Begin(); n != tree.End();) {
     OmOutputPart* part = n.Value();
-    if (part != nullptr && !part->_keep) {
+    if (part != nullptr && !part->_keep && ExcludedPartHidesItsSubtree(*part)) {
       n = n.SubtreeEnd().Here();
       continue;
     }

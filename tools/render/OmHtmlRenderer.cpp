@@ -120,6 +120,7 @@ public:
     for (const auto& layer : layers) {
       for (std::size_t k = 0; k < layerDims.size(); ++k) {
         const OmDimension& dimension = _table.Dimension(layerDims[k]);
+        if (dimension.HideCategories()) continue;  // a split kept at one value says nothing
         out << "<div class=\"layer\">";
         if (!dimension.HideLabel()) out << Decorated(dimension.Label()) << ": ";
         bool first = true;
@@ -329,7 +330,8 @@ std::string OmHtmlRenderer::Render(OmOutputTree& tree) const {
   for (OmOutputTree::Node n = tree.Begin(); n != tree.End();) {
     OmOutputPart* part = n.Value();
     const int level = n.Level();
-    if (part != nullptr && !part->_keep && !_options.showExcluded) {
+    if (part != nullptr && !part->_keep && !_options.showExcluded &&
+        ExcludedPartHidesItsSubtree(*part)) {
       n = n.SubtreeEnd().Here();
       continue;
     }
@@ -350,7 +352,9 @@ std::string OmHtmlRenderer::Render(OmOutputTree& tree) const {
     std::string label = Escape(_text.Text(part.Label()));
     if (label.empty()) label = Escape(part.KindName());
     const std::string kind = KindClass(part);
-    const std::string excluded = part._keep ? "" : " excluded";
+    // Unselected headings shown for what they hold are marked only when excluded parts are asked for.
+    const bool marked = !part._keep && _options.showExcluded;
+    const std::string excluded = marked ? " excluded" : "";
 
     const std::string link = "<a class=\"" + kind + excluded + "\" href=\"#" + id + "\">" + label + "</a>";
     const bool hasChildren = i + 1 < entries.size() && entries[i + 1].depth > depth;
@@ -368,7 +372,7 @@ std::string OmHtmlRenderer::Render(OmOutputTree& tree) const {
 
     body << "<section id=\"" << id << "\" class=\"" << kind << excluded
          << "\" style=\"margin-left:" << depth * 1.5 << "rem\">\n";
-    if (!part._keep) body << "<div class=\"note\">(excluded)</div>\n";
+    if (marked) body << "<div class=\"note\">(excluded)</div>\n";
     if (auto* table = dynamic_cast<const OmPivotTable*>(&part)) {
       body << RenderTable(*table);
     } else if (dynamic_cast<const OmProcedure*>(&part)) {

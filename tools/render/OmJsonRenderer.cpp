@@ -124,7 +124,8 @@ json OmJsonRenderer::Outline(OmOutputTree& tree) const {
   for (OmOutputTree::Node n = tree.Begin(); n != tree.End();) {
     OmOutputPart* part = n.Value();
     const int level = n.Level();
-    if (part != nullptr && !part->_keep && !_options.showExcluded) {
+    if (part != nullptr && !part->_keep && !_options.showExcluded &&
+        ExcludedPartHidesItsSubtree(*part)) {
       n = n.SubtreeEnd().Here();
       continue;
     }

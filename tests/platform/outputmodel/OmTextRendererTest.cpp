@@ -122,6 +122,11 @@ TEST(OmTextRenderer, EveryLayerGetsItsOwnBlock) {
   const std::string one = OmTextRenderer(first).RenderTable(t);
   EXPECT_EQ(one.find("Sex: Female"), std::string::npos);
   EXPECT_NE(one.find("(2 layers; only the first is shown)"), std::string::npos);
+  // A layer whose categories are hidden (a split kept at one value) prints no layer line.
+  t.Dimension(1).setDisplayFlags(true, true);
+  const std::string hidden = OmTextRenderer(first).RenderTable(t);
+  EXPECT_EQ(hidden.find("Male"), std::string::npos) << hidden;
+  EXPECT_EQ(hidden.find("Sex"), std::string::npos) << hidden;
 }
 
 TEST(OmTextRenderer, CompositeCellsAreSubstitutedAndOwnMarkersWin) {
@@ -158,10 +163,16 @@ TEST(OmTextRenderer, OutlineIndentsByLevelAndSkipsExcludedParts) {
   block->AddLine("");
   block->AddLine("world");
   tree.Append(heading, std::move(block));
-  auto hidden = std::make_unique<OmHeading>(S("Hidden"));
-  hidden->_keep = 0;
-  auto h = tree.Append(proc, std::move(hidden));
-  tree.Append(h, std::make_unique<OmHeading>(S("Below hidden")));
+  // An unselected table hides its contents; an unselected heading still shows what was
+  // selected inside it.
+  auto table = std::make_unique<OmPivotTable>(S("Hidden"), S("H"));
+  table->_keep = 0;
+  auto t = tree.Append(proc, std::move(table));
+  tree.Append(t, std::make_unique<OmHeading>(S("Below hidden")));
+  auto unselected = std::make_unique<OmHeading>(S("Unselected"));
+  unselected->_keep = 0;
+  auto u = tree.Append(proc, std::move(unselected));
+  tree.Append(u, std::make_unique<OmHeading>(S("Selected inside")));
   const std::string expected =
       "Page Title: Study\n"
       "Descriptives\n"
@@ -170,12 +181,15 @@ TEST(OmTextRenderer, OutlineIndentsByLevelAndSkipsExcludedParts) {
       "      hello\n"
       "\n"
       "      world\n"
-      "\n";
+      "\n"
+      "  Unselected\n"
+      "    Selected inside\n";
   EXPECT_EQ(OmTextRenderer().Render(tree), expected);
   OmTextRenderer::Options all;
   all.showExcluded = true;
   const std::string withExcluded = OmTextRenderer(all).Render(tree);
-  EXPECT_NE(withExcluded.find("  Hidden (excluded)\n    Below hidden\n"), std::string::npos) << withExcluded;
+  EXPECT_NE(withExcluded.find("  Unselected (excluded)\n"), std::string::npos) << withExcluded;
+  EXPECT_NE(withExcluded.find("Below hidden\n"), std::string::npos) << withExcluded;
 }
 
 }  // namespace
