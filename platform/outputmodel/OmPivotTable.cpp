@@ -206,15 +206,17 @@ private:
     if (words > kMaxWords) {
       throw OMSException("OmPivotTable::Cell -- coordinate key too wide", double(words));
     }
+    // Every buffer is allocated before the store changes: running out of memory here leaves
+    // the cells where they were, owned by the store.
+    std::vector<std::uint64_t> keys(_values.size() * words, 0);
+    std::vector<OmCellText*> values(_values.size(), nullptr);
+    std::vector<int> coords(fields.size(), 0);
     // Every key is decoded with the old layout into one reused buffer and inserted afresh.
     const std::vector<Field> oldFields = std::exchange(_fields, std::move(fields));
     const std::size_t oldWords = std::exchange(_words, words);
-    const std::vector<std::uint64_t> oldKeys = std::exchange(_keys, {});
-    const std::vector<OmCellText*> oldValues = std::exchange(_values, {});
-    _keys.assign(oldValues.size() * _words, 0);
-    _values.assign(oldValues.size(), nullptr);
+    const std::vector<std::uint64_t> oldKeys = std::exchange(_keys, std::move(keys));
+    const std::vector<OmCellText*> oldValues = std::exchange(_values, std::move(values));
     _count = 0;
-    std::vector<int> coords(_fields.size(), 0);
     for (std::size_t slot = 0; slot < oldValues.size(); ++slot) {
       if (oldValues[slot] == nullptr) continue;
       for (std::size_t d = 0; d < oldFields.size() && d < coords.size(); ++d) {

@@ -97,27 +97,32 @@ TEST(FailureInjection, BadAllocInsideAProcedureLeavesOutputMissingAndPassesOn) {
     std::size_t escapes = 0;
     for (std::size_t n = 1; n <= total; n += step) {
       SCOPED_TRACE("allocation " + std::to_string(n) + " of " + std::to_string(total));
-      OmSessionProbe probe;
-      PlayEarlier(probe);
-      const std::size_t procedures = probe.Procedures();
+      const std::size_t liveBefore = CountingAllocator::LiveBytes();
+      [&] {
+        OmSessionProbe probe;
+        PlayEarlier(probe);
+        const std::size_t procedures = probe.Procedures();
 
-      std::vector<OmStreamRecord> records = sample.stream.Records();
-      const Outcome outcome = Play(probe, records, n);
-      // A play that made fewer allocations (caches warmed further) has nothing to fail.
-      if (outcome.allocations < n) continue;
-      EXPECT_TRUE(CountingAllocator::Failed());
-      EXPECT_TRUE(outcome.escaped)
-          << "std::bad_alloc in message " << outcome.failedIn << " was swallowed";
-      escapes += outcome.escaped;
-      EXPECT_EQ(probe.Factory().Procedure(), nullptr);
-      if (outcome.escaped && outcome.procedureOpen) {
-        EXPECT_EQ(probe.Procedures(), procedures + 1);
-        if (outcome.nodesCollected >= 2) {
-          EXPECT_TRUE(probe.HasOutputMissing());
+        std::vector<OmStreamRecord> records = sample.stream.Records();
+        const Outcome outcome = Play(probe, records, n);
+        // A play that made fewer allocations (caches warmed further) has nothing to fail.
+        if (outcome.allocations < n) return;
+        EXPECT_TRUE(CountingAllocator::Failed());
+        EXPECT_TRUE(outcome.escaped)
+            << "std::bad_alloc in message " << outcome.failedIn << " was swallowed";
+        escapes += outcome.escaped;
+        EXPECT_EQ(probe.Factory().Procedure(), nullptr);
+        if (outcome.escaped && outcome.procedureOpen) {
+          EXPECT_EQ(probe.Procedures(), procedures + 1);
+          if (outcome.nodesCollected >= 2) {
+            EXPECT_TRUE(probe.HasOutputMissing());
+          }
         }
-      }
-      EXPECT_EQ(probe.IntactEarlierOutput(), "");
-      EXPECT_EQ(probe.AcceptsNextProcedure(), "");
+        EXPECT_EQ(probe.IntactEarlierOutput(), "");
+        EXPECT_EQ(probe.AcceptsNextProcedure(), "");
+      }();
+      // Everything the session held, the cells it had not placed among them, is freed with it.
+      EXPECT_EQ(CountingAllocator::LiveBytes(), liveBefore) << "leaked";
       if (HasFailure()) return;
     }
     EXPECT_GT(escapes, 0u);
