@@ -62,19 +62,50 @@ void EmptyWarnings(OmProcedureFactory& proc) {
 
 // ---- nothing to show ------------------------------------------------------------------------
 
-TEST_F(ProcedureEndTest, ProcedureWithOnlyNotesAndActiveDatasetLeavesNothing) {
-  auto proc = Begin();
-  Notes(*proc);
-  ActiveDataset(*proc);
-  EmptyWarnings(*proc);
-  End(*proc);
-  EXPECT_EQ(Outline(proc->Tree()), std::vector<std::string>{"0:-"});
-}
+// How a procedure is filled before its end, and the last line of its outline after it ("0:-" when
+// nothing is left to show).
+struct EndCase {
+  const char* name;
+  void (*fill)(OmProcedureFactory&);
+  const char* last;
+};
 
-TEST_F(ProcedureEndTest, ProcedureWithoutChildrenLeavesNothing) {
-  auto proc = Begin();
-  End(*proc);
-  EXPECT_EQ(proc->Tree().Size(), 1u);
+TEST_F(ProcedureEndTest, OnlyNotesActiveDatasetAndEmptyWarningsLeaveNothingToShow) {
+  const EndCase cases[] = {
+      {"no children", [](OmProcedureFactory&) {}, "0:-"},
+      {"notes, dataset, empty warnings",
+       [](OmProcedureFactory& p) {
+         Notes(p);
+         ActiveDataset(p);
+         EmptyWarnings(p);
+       },
+       "0:-"},
+      {"empty warnings after a real object",
+       [](OmProcedureFactory& p) {
+         TableWithCells(p, "Statistics", "Descriptive Statistics", {"N"});
+         EmptyWarnings(p);
+       },
+       "2:Table:Warnings"},
+      {"warnings with a cell",
+       [](OmProcedureFactory& p) {
+         Notes(p);
+         TableWithCells(p, "Warnings", "Warnings", {"Text"});
+       },
+       "2:Table:Warnings"},
+      {"text block with another title",
+       [](OmProcedureFactory& p) {
+         Notes(p);
+         p.PrintLine("hello", 5);
+       },
+       "2:Text:Text Output"},
+  };
+  for (const EndCase& c : cases) {
+    SCOPED_TRACE(c.name);
+    auto proc = Begin();
+    c.fill(*proc);
+    End(*proc);
+    EXPECT_EQ(Outline(proc->Tree()).back(), c.last);
+  }
 }
 
 TEST_F(ProcedureEndTest, EmptyWarningsBeforeTheFirstRealObjectIsPruned) {
@@ -86,30 +117,6 @@ TEST_F(ProcedureEndTest, EmptyWarningsBeforeTheFirstRealObjectIsPruned) {
   EXPECT_EQ(Outline(proc->Tree()),
             (std::vector<std::string>{"0:-", "1:Procedure:Descriptives", "2:Table:Notes",
                                       "2:Table:Statistics"}));
-}
-
-TEST_F(ProcedureEndTest, EmptyWarningsAfterTheFirstRealObjectIsNotLookedAtAndStays) {
-  auto proc = Begin();
-  TableWithCells(*proc, "Statistics", "Descriptive Statistics", {"N"});
-  EmptyWarnings(*proc);
-  End(*proc);
-  EXPECT_EQ(Outline(proc->Tree()).back(), "2:Table:Warnings");
-}
-
-TEST_F(ProcedureEndTest, WarningsWithACellIsSomethingToShow) {
-  auto proc = Begin();
-  Notes(*proc);
-  TableWithCells(*proc, "Warnings", "Warnings", {"Text"});
-  End(*proc);
-  EXPECT_EQ(Outline(proc->Tree()).back(), "2:Table:Warnings");
-}
-
-TEST_F(ProcedureEndTest, TextBlockWithAnotherTitleIsSomethingToShow) {
-  auto proc = Begin();
-  Notes(*proc);
-  proc->PrintLine("hello", 5);
-  End(*proc);
-  EXPECT_EQ(Outline(proc->Tree()).back(), "2:Text:Text Output");
 }
 
 TEST_F(ProcedureEndTest, NothingToShowBuildsNoPooler) {
@@ -177,24 +184,18 @@ TEST_F(ProcedureEndTest, BuildersAreReleased) {
 
 // ---- translated name, translation and sorting -----------------------------------------------
 
-TEST_F(ProcedureEndTest, TranslatedNameBecomesThePlainLabelOfTheProcedure) {
-  auto proc = Begin("Descriptives", 1, "de", "Deskriptive Statistik");
-  TableWithCells(*proc, "T", "S", {"N"});
-  End(*proc);
-  auto* label = dynamic_cast<OmStringCell*>(PartsOf<OmProcedure>(proc->Tree()).at(0)->Label());
-  ASSERT_NE(label, nullptr);
-  EXPECT_EQ(label->Text(), "Deskriptive Statistik");
-  EXPECT_FALSE(label->Translatable());
-}
-
-TEST_F(ProcedureEndTest, EmptyTranslatedNameKeepsTheProceduresLabel) {
-  auto proc = Begin("Descriptives", 1, "de", "");
-  TableWithCells(*proc, "T", "S", {"N"});
-  End(*proc);
-  auto* label = dynamic_cast<OmStringCell*>(PartsOf<OmProcedure>(proc->Tree()).at(0)->Label());
-  ASSERT_NE(label, nullptr);
-  EXPECT_EQ(label->KeyText(), "Descriptives");
-  EXPECT_TRUE(label->Translatable());
+TEST_F(ProcedureEndTest, NonEmptyTranslatedNameBecomesThePlainLabelOfTheProcedure) {
+  for (const std::string translated : {"Deskriptive Statistik", ""}) {
+    SCOPED_TRACE("translated name \"" + translated + "\"");
+    auto proc = Begin("Descriptives", 1, "de", translated);
+    TableWithCells(*proc, "T", "S", {"N"});
+    End(*proc);
+    auto* label = dynamic_cast<OmStringCell*>(PartsOf<OmProcedure>(proc->Tree()).at(0)->Label());
+    ASSERT_NE(label, nullptr);
+    EXPECT_EQ(translated.empty() ? label->KeyText() : label->Text(),
+              translated.empty() ? "Descriptives" : translated);
+    EXPECT_EQ(label->Translatable(), translated.empty());
+  }
 }
 
 TEST_F(ProcedureEndTest, LabelsAndTablesAreTranslatedIntoTheOutputLanguage) {
