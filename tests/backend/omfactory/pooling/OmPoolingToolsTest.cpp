@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "MITableBuilder.h"
@@ -30,24 +32,14 @@ std::vector<std::string> Split(const std::string& text) {
 
 // --- Finding dimensions
 
-TEST(PoolingToolsDimensions, TableWithoutDimensionsHasNoImputationBootstrapOrLabelledDimension) {
+TEST(PoolingToolsDimensions, ImputationDimensionIsTheVariableOfThatNameWhateverItsCase) {
   TableBuilder t("Any");
   EXPECT_EQ(T::FindImputationDim(*t), -1);
-  EXPECT_EQ(T::FindBootstrapDim(*t), -1);
   EXPECT_EQ(T::FindDim(*t, OmStringCell("Statistics")), -1);
-}
-
-TEST(PoolingToolsDimensions, ImputationVariableIsFoundWhateverItsCase) {
-  TableBuilder t("Any");
-  t.Dim("Statistics", {"Mean"});
+  t.Dim("Imputation_", {"1"});  // a string label named like the variable does not count
+  EXPECT_EQ(T::FindImputationDim(*t), -1);
   const int d = t.Imputations(2, true, "IMPUTATION_");
   EXPECT_EQ(T::FindImputationDim(*t), d);
-}
-
-TEST(PoolingToolsDimensions, StringLabelNamedLikeTheImputationVariableIsNotTheImputationDimension) {
-  TableBuilder t("Any");
-  t.Dim("Imputation_", {"1"});
-  EXPECT_EQ(T::FindImputationDim(*t), -1);
 }
 
 TEST(PoolingToolsDimensions, FirstMatchingDimensionWinsAndCellTypeMustAgree) {
@@ -61,6 +53,7 @@ TEST(PoolingToolsDimensions, FirstMatchingDimensionWinsAndCellTypeMustAgree) {
 
 TEST(PoolingToolsDimensions, BootstrapSplitDimensionIsTheVariableOfThatName) {
   TableBuilder t("Any");
+  EXPECT_EQ(T::FindBootstrapDim(*t), -1);
   t.Dim("$bootstrap_split", {});
   EXPECT_EQ(T::FindBootstrapDim(*t), -1);
   const int d = t->AddDimension(OmVariable("$bootstrap_split", ""));
@@ -77,13 +70,9 @@ TEST(PoolingToolsCategories, OriginalDataIsTheValueZeroOfTheDimensionsVariable) 
     dim.Child(&dim.Root(), -1, OmNumDataValue("imputation_", "", v, mitest::kNoDecimals), false);
   }
   EXPECT_EQ(T::FindOriginalDataImputation(*t, d), 2);
-}
-
-TEST(PoolingToolsCategories, ImputationsWithoutOriginalDataHaveNoOriginalCategory) {
-  TableBuilder t("Any");
-  const int d = t.Imputations(3, false);
-  EXPECT_EQ(T::FindOriginalDataImputation(*t, d), -1);
-  EXPECT_EQ(T::FindOriginalDataImputation(*t, 7), -1);
+  const int without = t.Imputations(3, false);
+  EXPECT_EQ(T::FindOriginalDataImputation(*t, without), -1);
+  EXPECT_EQ(T::FindOriginalDataImputation(*t, 7), -1);  // no such dimension
 }
 
 TEST(PoolingToolsCategories, LabelPathFindsCategoryInsideNamedGroupThroughUnnamedGroups) {
@@ -253,34 +242,25 @@ TEST(PoolingToolsFootnotes, ComputationErrorFootnoteCarriesThePoolingErrorText) 
 
 // --- Bootstrap helpers
 
-TEST(PoolingToolsBootstrap, SplitNumberOfAStringIsTheOneDigitAfterTheMarker) {
-  const OmStringCell three("$bootstrap_split=3");
-  const OmStringCell spaced("x $bootstrap_split = 12");
-  const OmStringCell letter("$bootstrap_split= a");
-  const OmStringCell none("bootstrap 3");
-  EXPECT_EQ(T::BootstrapSplitNum(&three), 3);
-  EXPECT_EQ(T::BootstrapSplitNum(&spaced), 1);
-  EXPECT_EQ(T::BootstrapSplitNum(&letter), -1);
-  EXPECT_EQ(T::BootstrapSplitNum(&none), -1);
-  EXPECT_EQ(T::BootstrapSplitNum(nullptr), -1);
-}
-
-TEST(PoolingToolsBootstrap, SplitNumberOfCompositesAndDataValues) {
+TEST(PoolingToolsBootstrap, SplitNumberIsTheOneDigitAfterTheMarkerOrTheWholeDataValue) {
   OmComposite inner("^1", false);
   inner.Add(OmStringCell("$bootstrap_split=4"));
   OmComposite outer("^1 ^2", false);
   outer.Add(OmStringCell("nothing"));
   outer.Add(inner);
-  EXPECT_EQ(T::BootstrapSplitNum(&outer), 4);
-
+  const OmStringCell three("$bootstrap_split=3"), spaced("x $bootstrap_split = 12");
+  const OmStringCell letter("$bootstrap_split= a"), none("bootstrap 3");
   const OmNumDataValue whole("$bootstrap_split", "", 2.0, mitest::kNoDecimals);
   const OmNumDataValue fraction("$bootstrap_split", "", 2.5, mitest::kNoDecimals);
   const OmNumDataValue otherCase("$BOOTSTRAP_SPLIT", "", 2.0, mitest::kNoDecimals);
   const OmNumber number(2.0);
-  EXPECT_EQ(T::BootstrapSplitNum(&whole), 2);
-  EXPECT_EQ(T::BootstrapSplitNum(&fraction), -1);
-  EXPECT_EQ(T::BootstrapSplitNum(&otherCase), -1);
-  EXPECT_EQ(T::BootstrapSplitNum(&number), -1);
+  const std::pair<const OmCellText*, int> cases[] = {
+      {&three, 3},     {&spaced, 1},   {&letter, -1},   {&none, -1},      {nullptr, -1},
+      {&outer, 4},     {&whole, 2},    {&fraction, -1}, {&otherCase, -1}, {&number, -1}};
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    SCOPED_TRACE("case " + std::to_string(i));
+    EXPECT_EQ(T::BootstrapSplitNum(cases[i].first), cases[i].second);
+  }
 }
 
 TEST(PoolingToolsBootstrap, DemoteDimensionMovesItToTheFrontInTheCallersStorage) {
