@@ -48,6 +48,10 @@ struct Matrix {
     t.Number({0, 1, R, i}, r, 0x3050028);
     if (t->Size(stats) > N) t.Number({0, 1, N, i}, n, kNoDecimalsFormat);
   }
+  // The x-y coefficients of imputations 1, 2, ...
+  void Coefficients(const std::vector<double>& rs, const std::vector<double>& ns) {
+    for (std::size_t i = 0; i < rs.size(); ++i) Coefficient(int(i) + 1, rs[i], ns[i]);
+  }
   // Marks the x-y coefficient of imputation i with a significance note, as a procedure does.
   void Note(int i, const std::string& text, const std::string& marker) {
     const OmStringCell mark(marker);
@@ -79,7 +83,7 @@ mitest::Reference FisherReference(const std::vector<double>& rs, const std::vect
 TEST(MICorrMatrix, CoefficientNAndSignificancePoolOnTheFisherScale) {
   Matrix m(3, false);
   const std::vector<double> rs{0.31, 0.22, 0.40}, ns{40, 42, 41};
-  for (int i = 1; i <= 3; ++i) m.Coefficient(i, rs[std::size_t(i - 1)], ns[std::size_t(i - 1)]);
+  m.Coefficients(rs, ns);
   m.t.Number({0, 1, Matrix::R, 0}, 0.99);  // the original data stays out
   m.Pool();
   const mitest::Reference ref = FisherReference(rs, ns);
@@ -93,26 +97,21 @@ TEST(MICorrMatrix, CoefficientNAndSignificancePoolOnTheFisherScale) {
   EXPECT_EQ(m.t->Cell({1, 0, Matrix::R, p}), nullptr);
 }
 
-TEST(MICorrMatrix, DiagonalIsOneWithoutSignificance) {
+TEST(MICorrMatrix, DiagonalIsOneWithoutSignificanceAndAPerfectCorrelationInSomeIsMissing) {
   Matrix m(2, false);
   for (int i = 1; i <= 2; ++i) m.t.Number({0, 0, Matrix::R, i}, 1.0);
-  m.Pool();
-  EXPECT_EQ(NumberAt(*m.t, {0, 0, Matrix::R, m.Pooled()}).Value(), 1.0);
-  EXPECT_EQ(m.t->Cell({0, 0, Matrix::Sig, m.Pooled()}), nullptr);
-}
-
-TEST(MICorrMatrix, PerfectCorrelationInSomeImputationsOnlyIsMissing) {
-  Matrix m(2, false);
   m.Coefficient(1, 1.0, 30);
   m.Coefficient(2, 0.8, 30);
   m.Pool();
+  EXPECT_EQ(NumberAt(*m.t, {0, 0, Matrix::R, m.Pooled()}).Value(), 1.0);
+  EXPECT_EQ(m.t->Cell({0, 0, Matrix::Sig, m.Pooled()}), nullptr);
   EXPECT_TRUE(NumberAt(*m.t, {0, 1, Matrix::R, m.Pooled()}).IsSysMiss());
 }
 
 TEST(MICorrMatrix, TwoTailedTablesGetTheTwoTailedNoteOfThePooledSignificance) {
   Matrix m(2, false);
   const std::vector<double> rs{0.62, 0.58}, ns{50, 50};
-  for (int i = 1; i <= 2; ++i) m.Coefficient(i, rs[std::size_t(i - 1)], ns[std::size_t(i - 1)]);
+  m.Coefficients(rs, ns);
   m.Note(2, kLabels.note01TwoTailed, "**");
   ASSERT_LE(FisherReference(rs, ns).significance[0], 0.01);
   m.Pool();
@@ -122,7 +121,7 @@ TEST(MICorrMatrix, TwoTailedTablesGetTheTwoTailedNoteOfThePooledSignificance) {
 TEST(MICorrMatrix, OneTailedTablesHalveThePAndNoteBetweenTwoAndTenPercent) {
   Matrix m(2, true);
   const std::vector<double> rs{0.30, 0.24}, ns{50, 50};
-  for (int i = 1; i <= 2; ++i) m.Coefficient(i, rs[std::size_t(i - 1)], ns[std::size_t(i - 1)]);
+  m.Coefficients(rs, ns);
   m.Note(1, kLabels.note05OneTailed, "*");
   const double p = FisherReference(rs, ns).significance[0];
   ASSERT_GT(p, 0.02);
@@ -135,7 +134,7 @@ TEST(MICorrMatrix, OneTailedTablesHalveThePAndNoteBetweenTwoAndTenPercent) {
 TEST(MICorrMatrix, NoteOfAnotherTextOrMarkerDoesNotSetTheStyle) {
   Matrix m(2, false);
   const std::vector<double> rs{0.62, 0.58}, ns{50, 50};
-  for (int i = 1; i <= 2; ++i) m.Coefficient(i, rs[std::size_t(i - 1)], ns[std::size_t(i - 1)]);
+  m.Coefficients(rs, ns);
   m.Note(1, kLabels.note01TwoTailed, "*");  // wrong marker for a .01 note
   m.Note(2, "Some other remark.", "**");
   m.Pool();
