@@ -58,26 +58,21 @@ struct Output {
   Node procedure;
 };
 
-TEST(OmBootPoolerTest, WithoutSpecificationsNothingIsChosenErasedOrReduced) {
+TEST(OmBootPoolerTest, PatternsAreChosenOnlyWithSpecificationsAndAProcedureName) {
   Output out;
   out.Heading(out.procedure, SplitLabel(3));
   OmPivotTable* table = out.Table(out.procedure, SplitTable(OmStringCell("Report"), 2, {0, 1, 2}));
   const std::vector<std::string> before = Outline(out.list);
-  OmBootPooler pooler(out.Name(), out.list, nullptr);
-  EXPECT_TRUE(pooler.Patterns().empty());
-  EXPECT_EQ(Outline(out.list), before);
-  table->Accept(pooler);
-  EXPECT_EQ(table->Size(1), 3);
+  OmBootPooler unspecified(out.Name(), out.list, nullptr);
+  EXPECT_TRUE(unspecified.Patterns().empty());
+  EXPECT_EQ(Outline(out.list), before);  // nothing erased
+  table->Accept(unspecified);
+  EXPECT_EQ(table->Size(1), 3);  // nor reduced
   EXPECT_FALSE(table->Dimension(1).HideLabel());
-}
 
-TEST(OmBootPoolerTest, ProcedureChoosesItsPatterns) {
-  Output out;
   const SvrBootstrapSpecs specs = Specs(10);
-  OmBootPooler means(out.Name(), out.list, &specs);
-  EXPECT_EQ(means.Patterns().size(), 1u);  // "Report"
-  OmBootPooler none(nullptr, out.list, &specs);
-  EXPECT_TRUE(none.Patterns().empty());
+  EXPECT_EQ(OmBootPooler(out.Name(), out.list, &specs).Patterns().size(), 1u);  // "Report"
+  EXPECT_TRUE(OmBootPooler(nullptr, out.list, &specs).Patterns().empty());
 }
 
 TEST(OmBootPoolerTest, NodesOfBootstrapSamplesGoWithEverythingBelowThem) {
