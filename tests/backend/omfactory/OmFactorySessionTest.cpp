@@ -18,7 +18,7 @@ namespace {
 using Procedures = BothOrdersTest;
 
 // A procedure with one table of one cell.
-void WriteTable(SessionTest& test, OmStreamWriter& writer, std::int32_t first) {
+void WriteTable(OmStreamWriter& writer, std::int32_t first) {
   writer.String(first, "Statistics", 1);
   writer.String(first + 1, "Descriptive Statistics", 1);
   writer.BeginTable(1, first, first + 1);
@@ -28,12 +28,11 @@ void WriteTable(SessionTest& test, OmStreamWriter& writer, std::int32_t first) {
   writer.String(first + 4, "N", 1);
   writer.Cell(1, first + 3, first + 4);
   writer.EndTable(1);
-  (void)test;
 }
 
 TEST_P(Procedures, FinishedProcedureIsOfferedThenAppendedUnderTheRoot) {
   BeginProcedure(3);
-  WriteTable(*this, writer, 100);
+  WriteTable(writer, 100);
   writer.EndProcedure();
   Feed();
   EXPECT_EQ(observer.events, (std::vector<std::string>{"output", "wants", "appended"}));
@@ -49,7 +48,7 @@ TEST_P(Procedures, FinishedProcedureIsOfferedThenAppendedUnderTheRoot) {
 TEST_P(Procedures, ProceduresFollowEachOtherUnderTheRoot) {
   for (std::int64_t id = 1; id <= 2; ++id) {
     BeginProcedure(id, Settings(id == 1 ? "First" : "Second"));
-    WriteTable(*this, writer, 10);
+    WriteTable(writer, 10);
     EndProcedure();
   }
   EXPECT_EQ(Outline(*tree),
@@ -61,7 +60,7 @@ TEST_P(Procedures, ProcedureGetsTheSessionDisplayModesAtItsEnd) {
   factory->OutlineVarDisplay(1);
   factory->TableValueDisplay(3);
   BeginProcedure();
-  WriteTable(*this, writer, 10);
+  WriteTable(writer, 10);
   factory->OutlineValueDisplay(0);
   EndProcedure();
   OmProcedure* procedure = PartsOf<OmProcedure>(*tree).at(0);
@@ -78,34 +77,28 @@ TEST_P(Procedures, EmptyProcedureIsNotOffered) {
   EXPECT_EQ(tree->Size(), 1u);
 }
 
-TEST_P(Procedures, OutputThatNoObserverWantsIsDiscarded) {
+TEST_P(Procedures, OutputThatNoObserverWantsOrWithoutObserversIsDiscarded) {
   RecordingObserver declines(false);
-  Reopen();
-  factory = std::make_unique<OmFactory>(tree.get(), std::string(), "UTF-8", requests);
-  factory->Register(&declines);
-  Feed();  // the probe
-  BeginProcedure();
-  WriteTable(*this, writer, 10);
-  EndProcedure();
+  for (bool withObserver : {false, true}) {
+    SCOPED_TRACE(withObserver ? "declining observer" : "no observer");
+    Reopen();
+    factory = std::make_unique<OmFactory>(tree.get(), std::string(), "UTF-8", requests);
+    if (withObserver) factory->Register(&declines);
+    Feed();  // the probe
+    BeginProcedure();
+    WriteTable(writer, 10);
+    EndProcedure();
+    EXPECT_EQ(tree->Size(), 1u);
+    EXPECT_EQ(factory->Procedure(), nullptr);
+  }
   EXPECT_EQ(declines.events, (std::vector<std::string>{"output", "wants"}));
-  EXPECT_EQ(tree->Size(), 1u);
-  EXPECT_EQ(factory->Procedure(), nullptr);
-}
-
-TEST_P(Procedures, OutputWithoutObserversIsDiscarded) {
-  factory = std::make_unique<OmFactory>(tree.get(), std::string(), "UTF-8", requests);
-  Feed();
-  BeginProcedure();
-  WriteTable(*this, writer, 10);
-  EndProcedure();
-  EXPECT_EQ(tree->Size(), 1u);
 }
 
 TEST_P(Procedures, OneWillingObserverIsEnoughAndAllAreAsked) {
   RecordingObserver declines(false);
   factory->Register(&declines);
   BeginProcedure();
-  WriteTable(*this, writer, 10);
+  WriteTable(writer, 10);
   EndProcedure();
   EXPECT_EQ(declines.events, (std::vector<std::string>{"output", "wants", "appended"}));
   EXPECT_EQ(tree->Size(), 3u);
@@ -113,7 +106,7 @@ TEST_P(Procedures, OneWillingObserverIsEnoughAndAllAreAsked) {
 
 TEST_P(Procedures, EndProcedureInPartsWaitsForTheLastPart) {
   BeginProcedure();
-  WriteTable(*this, writer, 10);
+  WriteTable(writer, 10);
   Feed();
   writer.EndProcedure("", 3, 7);
   std::vector<OmStreamRecord> parts = writer.Records();
@@ -138,7 +131,7 @@ TEST_P(Procedures, EndProcedureWithoutAProcedureClearsTheCells) {
 
 TEST_P(Procedures, FailureInsideAProcedureAppendsItMarkedOutputMissing) {
   BeginProcedure();
-  WriteTable(*this, writer, 10);
+  WriteTable(writer, 10);
   writer.EndGroup(1, Str("no group open"));  // the table was ended: TCID 1 is empty
   writer.String(77, "left over", 1);
   Feed();
@@ -155,14 +148,14 @@ TEST_P(Procedures, FailureInsideAProcedureAppendsItMarkedOutputMissing) {
 
   BeginProcedure(2, Settings("Next"));
   EXPECT_NE(factory->Procedure(), nullptr);
-  WriteTable(*this, writer, 10);
+  WriteTable(writer, 10);
   EndProcedure();
   EXPECT_EQ(PartsOf<OmProcedure>(*tree).size(), 2u);
 }
 
 TEST_P(Procedures, SecondBeginProcedureFailsAndEndsTheFirst) {
   BeginProcedure();
-  WriteTable(*this, writer, 10);
+  WriteTable(writer, 10);
   BeginProcedure(2, Settings("Other"));
   EXPECT_EQ(factory->LastRecoveredError()->Message(),
             "OmFactory::BeginProcedure() -- _pProc exists");
@@ -228,16 +221,18 @@ TEST_P(LogAndTitles, LogLinesShareABlockUntilAPageTitle) {
   writer.LogLine(0, "two");
   writer.PageTitle("Title", "Sub");
   writer.LogLine(0, "three");
+  writer.PageTitle("Only", "");
   Feed();
-  EXPECT_EQ(Outline(*tree), (std::vector<std::string>{"0:-", "1:Text:Log",
-                                                      "1:Page Title:Page Title", "1:Text:Log"}));
+  EXPECT_EQ(Outline(*tree), (std::vector<std::string>{"0:-", "1:Text:Log", "1:Page Title:Page Title",
+                                                      "1:Text:Log", "1:Page Title:Page Title"}));
   std::vector<OmTextBlock*> blocks = PartsOf<OmTextBlock>(*tree);
   EXPECT_EQ(blocks[0]->Lines(), (std::vector<std::string>{"one", "two"}));
   EXPECT_TRUE(blocks[0]->IsLog());
   EXPECT_EQ(blocks[1]->Lines(), (std::vector<std::string>{"three"}));
   EXPECT_EQ(PartsOf<OmPageTitle>(*tree)[0]->Lines(), (std::vector<std::string>{"Title", "Sub"}));
-  EXPECT_EQ(observer.events, (std::vector<std::string>{"log:one", "log:two", "flush",
-                                                       "title:Title|Sub", "log:three"}));
+  EXPECT_EQ(PartsOf<OmPageTitle>(*tree)[1]->Lines(), (std::vector<std::string>{"Only"}));  // no subtitle
+  EXPECT_EQ(observer.events, (std::vector<std::string>{"log:one", "log:two", "flush", "title:Title|Sub",
+                                                       "log:three", "flush", "title:Only|"}));
 }
 
 TEST_P(LogAndTitles, RequestLinesAreNotLogged) {
@@ -269,12 +264,6 @@ TEST_P(LogAndTitles, FlushLogTellsObserversOnlyWhenLinesArePending) {
   EXPECT_EQ(observer.events, (std::vector<std::string>{"log:x", "flush", "refresh"}));
 }
 
-TEST_P(LogAndTitles, PageTitleWithoutSubtitleHasOneLine) {
-  writer.PageTitle("Only", "");
-  Feed();
-  EXPECT_EQ(PartsOf<OmPageTitle>(*tree).at(0)->Lines(), (std::vector<std::string>{"Only"}));
-}
-
 TEST_P(LogAndTitles, LogDuringAProcedureGoesToTheOutputTree) {
   BeginProcedure();
   writer.LogLine(0, "inside");
@@ -286,7 +275,7 @@ TEST_P(LogAndTitles, EndOfProcedureClosesTheLogBlock) {
   writer.LogLine(0, "before");
   Feed();
   BeginProcedure();
-  WriteTable(*this, writer, 10);
+  WriteTable(writer, 10);
   EndProcedure();
   writer.LogLine(0, "after");
   Feed();
@@ -313,31 +302,29 @@ INSTANTIATE_TEST_SUITE_P(BothOrders, LogAndTitles,
 
 using OutputSettings = SessionTest;
 
-TEST_F(OutputSettings, DisplayModeKeywordsMapTheirValues) {
+TEST_F(OutputSettings, DisplayModeKeywordsMapTheirValuesAndUnknownKeywordsAreIgnored) {
   writer.OutputSetting("OVARS", "Names");
   writer.OutputSetting("TVARS", "Both");
   writer.OutputSetting("ONUMBERS", "Values");
   writer.OutputSetting("TNUMBERS", "labels");  // not an exact value: unset
   writer.OutputSetting("ovars", "Both");       // keywords match exactly
+  writer.OutputSetting("COLOR", "Names");      // unknown keyword: ignored
   Feed();
+  EXPECT_EQ(factory->RecoveredErrorCount(), 0u);
   EXPECT_EQ(factory->OutlineVarDisplayMode(), 1u);
   EXPECT_EQ(factory->TableVarDisplayMode(), 3u);
   EXPECT_EQ(factory->OutlineValueDisplayMode(), 1u);
   EXPECT_EQ(factory->TableValueDisplayMode(), 0u);
 }
 
-TEST_F(OutputSettings, TfitIsOnOnlyForLabels) {
+TEST_F(OutputSettings, TfitIsOnOnlyForLabelsAndMioutputSetsEachFlagByItsWord) {
   writer.OutputSetting("TFIT", "Labels");
   Feed();
   EXPECT_TRUE(factory->LabelsOnly());
   writer.OutputSetting("TFIT", "Both");
-  Feed();
-  EXPECT_FALSE(factory->LabelsOnly());
-}
-
-TEST_F(OutputSettings, MioutputSetsEachFlagByItsWord) {
   writer.OutputSetting("MIOUTPUT", "[observed pooled]");
   Feed();
+  EXPECT_FALSE(factory->LabelsOnly());
   bool pooled, observed, imputed, diagnostics;
   factory->ImputationOutput(pooled, observed, imputed, diagnostics);
   EXPECT_TRUE(pooled);
@@ -429,13 +416,6 @@ TEST(OutputLanguage, OlangSwitchesTheShippedTablesForLaterProcedures) {
                                  "Nicht genügend Arbeitsspeicher beim Sammeln der Ausgabe."}));
 }
 
-TEST_F(OutputSettings, UnknownKeywordsAreIgnored) {
-  writer.OutputSetting("COLOR", "Labels");
-  Feed();
-  EXPECT_EQ(factory->RecoveredErrorCount(), 0u);
-  EXPECT_EQ(factory->OutlineVarDisplayMode(), 2u);
-}
-
 TEST_F(OutputSettings, ConversionMessagesReachTheOptionRegistry) {
   IocvReset();
   writer.ConversionName(7, "a-name-longer-than-sixteen");
@@ -462,12 +442,6 @@ TEST_F(IgnoredCodes, CodesOutsideTheTableOrInItsGapsChangeNothing) {
   EXPECT_EQ(factory->RecoveredErrorCount(), 0u);
   EXPECT_EQ(tree->Size(), 1u);
   EXPECT_FALSE(factory->SwapBytes());
-}
-
-TEST(OMSExceptionText, WhatAppendsBothValues) {
-  const OMSException error("m", 2, 0.5);
-  EXPECT_STREQ(error.what(), "m, value 1 == 2, value 2 == 0.5");
-  EXPECT_STREQ(OMSException("n", 1234567).what(), "n, value 1 == 1.23457e+06, value 2 == 0");
 }
 
 TEST(SessionConstruction, NullOutputTreeIsRefused) {
@@ -525,9 +499,6 @@ TEST(SessionConstruction, PathConstructorsAgree) {
   OmFactory byName(&tree, ExtNameStr("/tables/lang/de"), "UTF-8", none);
   EXPECT_EQ(byString.StringTablePath(), byName.StringTablePath());
   EXPECT_EQ(byString.Tree(), &tree);
-  EXPECT_EQ(byString.OutlineVarDisplayMode(), 2u);
-  EXPECT_FALSE(byString.SwapBytes());
-  EXPECT_EQ(byString.CurrentTCID(), -1);
 }
 
 }  // namespace
