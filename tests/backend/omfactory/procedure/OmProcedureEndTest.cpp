@@ -74,30 +74,15 @@ TEST_F(ProcedureEndTest, OnlyNotesActiveDatasetAndEmptyWarningsLeaveNothingToSho
   const EndCase cases[] = {
       {"no children", [](OmProcedureFactory&) {}, "0:-"},
       {"notes, dataset, empty warnings",
-       [](OmProcedureFactory& p) {
-         Notes(p);
-         ActiveDataset(p);
-         EmptyWarnings(p);
-       },
-       "0:-"},
+       [](OmProcedureFactory& p) { Notes(p); ActiveDataset(p); EmptyWarnings(p); }, "0:-"},
       {"empty warnings after a real object",
-       [](OmProcedureFactory& p) {
-         TableWithCells(p, "Statistics", "Descriptive Statistics", {"N"});
-         EmptyWarnings(p);
-       },
+       [](OmProcedureFactory& p) { TableWithCells(p, "Stats", "S", {"N"}); EmptyWarnings(p); },
        "2:Table:Warnings"},
       {"warnings with a cell",
-       [](OmProcedureFactory& p) {
-         Notes(p);
-         TableWithCells(p, "Warnings", "Warnings", {"Text"});
-       },
+       [](OmProcedureFactory& p) { Notes(p); TableWithCells(p, "Warnings", "Warnings", {"T"}); },
        "2:Table:Warnings"},
       {"text block with another title",
-       [](OmProcedureFactory& p) {
-         Notes(p);
-         p.PrintLine("hello", 5);
-       },
-       "2:Text:Text Output"},
+       [](OmProcedureFactory& p) { Notes(p); p.PrintLine("hello", 5); }, "2:Text:Text Output"},
   };
   for (const EndCase& c : cases) {
     SCOPED_TRACE(c.name);
