@@ -151,8 +151,11 @@ void ExpectSameStreamedFields(const OMSObjectSelector& a, const OMSObjectSelecto
 
 }  // namespace
 
-TEST(OMSRecord, WritesTheFieldsInRecordOrderWithoutPadding) {
-  EXPECT_EQ(Written(Sample()), SampleRecord(false));
+TEST(OMSRecord, WritesTheFieldsInRecordOrderWithoutPaddingAndNeverReverses) {
+  OMSObjectSelector r = Sample();
+  EXPECT_EQ(Written(r), SampleRecord(false));
+  r.SwapBytes(true);
+  EXPECT_EQ(Written(r), SampleRecord(false));
 }
 
 TEST(OMSRecord, RoundTripKeepsEveryStreamedField) {
@@ -201,12 +204,6 @@ TEST(OMSRecord, SwapFlagReadsCountsOfTheOtherByteOrderButNotObjectLevelNumbers) 
   EXPECT_EQ(reader.GetSelection(), Reversed(16 | 32));
   EXPECT_EQ(static_cast<std::uint32_t>(reader.GetImageFormat()), Reversed(3));
   EXPECT_NE(reader.GetChartSize(), 75.5);
-}
-
-TEST(OMSRecord, WritingNeverReverses) {
-  OMSObjectSelector r = Sample();
-  r.SwapBytes(true);
-  EXPECT_EQ(Written(r), SampleRecord(false));
 }
 
 TEST(OMSRecord, ForeignCountsReadWithoutTheSwapFlagEndTheRecordEarly) {
@@ -306,15 +303,8 @@ TEST(OMSRecord, StringWithAZeroByteFailsTheWriter) {
   EXPECT_TRUE(out.fail());
 }
 
-TEST(OMSRecord, SubcommandRecordRoundTripsAndSwapsCountsAndInstances) {
-  OMSSelector s;
-  s.AddCommands("T-Test");
-  s.AddInstances(2);
-  s.AddInstances(70000);
-  std::ostringstream out;
-  out << s;
-  EXPECT_EQ(out.str(), RecordBuilder().Selector({"T-TEST"}, {}, {}, {2, 70000}, false).Bytes());
-
+// An instance number above 16 bits shows a reversal of the whole word.
+TEST(OMSRecord, SubcommandRecordSwapsCountsAndInstances) {
   OMSSelector foreign;
   foreign.SwapBytes(true);
   std::istringstream in(RecordBuilder(true).Selector({"T-TEST"}, {}, {}, {2, 70000}, true).Bytes());
@@ -342,18 +332,6 @@ TEST(OMSRecord, ColumnsRecordGivesItsSwapFlagToEveryColumnRead) {
                                     .Bytes());
   nameRecord >> names;
   EXPECT_EQ(names.GetDimNames(), (std::vector<std::string>{"Statistics", "Vars"}));
-}
-
-TEST(OMSRecord, ParsedColumnRecordRoundTrips) {
-  const OmParsedColumn column("C10");
-  std::ostringstream out;
-  out << column;
-  EXPECT_EQ(out.str(), RecordBuilder().Column(2, "C10", 10, false).Bytes());
-  OmParsedColumn copy("R1");
-  std::istringstream in(out.str());
-  in >> copy;
-  EXPECT_EQ(copy, column);
-  EXPECT_EQ(copy.GetColumnToken(), "C10");
 }
 
 TEST(OMSRecord, CorruptedRecordsAreReadOrRejectedButNeverCrash) {
