@@ -61,6 +61,16 @@ inline std::string Settings(const std::string& procedure = "Descriptives",
   return "procedure=" + procedure + "\ntranslated=" + procedure + "\n" + extra;
 }
 
+// Hands every record written so far to session and forgets them. Each payload is a copy: the
+// session decodes in place.
+inline void Deliver(OmFactory& session, OmStreamWriter& writer) {
+  std::vector<OmStreamRecord> records = writer.Records();
+  writer.Clear();
+  for (OmStreamRecord& record : records) {
+    session.Message(record.code, unsigned(record.payload.size()), record.payload.data());
+  }
+}
+
 // The parts of type P in tree order.
 template <class P>
 std::vector<P*> PartsOf(OmOutputTree& tree) {
@@ -104,15 +114,7 @@ protected:
     writer.ByteOrderProbe();
   }
 
-  // Feeds every record written so far to the session and forgets them. Each payload is a copy:
-  // the session decodes in place.
-  void Feed() {
-    std::vector<OmStreamRecord> records = writer.Records();
-    writer.Clear();
-    for (OmStreamRecord& record : records) {
-      factory->Message(record.code, unsigned(record.payload.size()), record.payload.data());
-    }
-  }
+  void Feed() { Deliver(*factory, writer); }
 
   // A raw message, fed at once.
   void Send(std::int16_t code, std::vector<std::uint8_t> payload) {
@@ -182,5 +184,9 @@ protected:
 inline std::string OrderName(const ::testing::TestParamInfo<ByteOrder>& info) {
   return info.param == ByteOrder::LittleEndian ? "LittleEndian" : "BigEndian";
 }
+
+#define OM_BOTH_ORDERS(Suite) \
+  INSTANTIATE_TEST_SUITE_P(BothOrders, Suite, \
+                           ::testing::Values(ByteOrder::LittleEndian, ByteOrder::BigEndian), OrderName)
 
 }  // namespace sessiontest
