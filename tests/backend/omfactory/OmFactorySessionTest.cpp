@@ -208,9 +208,7 @@ TEST_P(Procedures, HeadingsTextBlocksAndOutlineTextGoIntoTheProcedure) {
   EXPECT_EQ(procedure->OutlineText()->Text(), "Outline");
 }
 
-INSTANTIATE_TEST_SUITE_P(BothOrders, Procedures,
-                         ::testing::Values(ByteOrder::LittleEndian, ByteOrder::BigEndian),
-                         OrderName);
+OM_BOTH_ORDERS(Procedures);
 
 // Log and page titles.
 
@@ -294,9 +292,7 @@ TEST_P(LogAndTitles, OmsRequestsWithoutLogsDropLogLinesAndTitles) {
   EXPECT_TRUE(observer.events.empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(BothOrders, LogAndTitles,
-                         ::testing::Values(ByteOrder::LittleEndian, ByteOrder::BigEndian),
-                         OrderName);
+OM_BOTH_ORDERS(LogAndTitles);
 
 // Output settings.
 
@@ -369,13 +365,6 @@ TEST(OutputLanguage, OlangSwitchesTheShippedTablesForLaterProcedures) {
   RecordingObserver wantsAll;
   session.Register(&wantsAll);
   OmStreamWriter writer;
-  auto feed = [&] {
-    std::vector<OmStreamRecord> records = writer.Records();
-    writer.Clear();
-    for (OmStreamRecord& record : records) {
-      session.Message(record.code, unsigned(record.payload.size()), record.payload.data());
-    }
-  };
   auto procedure = [&](std::int64_t id, bool fail) {
     writer.BeginProcedure(id, Settings("Descriptives"));
     writer.String(1, "Statistics", 0);
@@ -392,7 +381,7 @@ TEST(OutputLanguage, OlangSwitchesTheShippedTablesForLaterProcedures) {
     if (fail) writer.EndTable(1);  // no table open under TCID 1 any more
     writer.EndNode();
     writer.EndProcedure();
-    feed();
+    Deliver(session, writer);
   };
 
   writer.OutputSetting("OLANG", "GERMAN");
@@ -464,24 +453,17 @@ TEST(SessionCodePage, StringFunctionsWorkInTheSessionsCodePage) {
 
     OmStreamWriter writer;
     writer.BeginProcedure(1, Settings("Descriptives", "codepage=UTF-8\n"));
-    std::vector<OmStreamRecord> records = writer.Records();
-    for (OmStreamRecord& record : records) {
-      session.Message(record.code, unsigned(record.payload.size()), record.payload.data());
-    }
+    Deliver(session, writer);
     ASSERT_NE(session.Procedure(), nullptr);
     EXPECT_TRUE(CodePage::Current().IsUtf8());
     upper = eAcute;
     NuvaroMBstrupr_A(upper);
     EXPECT_EQ(upper, eAcute);
-    writer.Clear();
     writer.EndProcedure();
 
     // A procedure in a code page that cannot be used does not start; the session goes on.
     writer.BeginProcedure(2, Settings("Descriptives", "codepage=no-such-code-page\n"));
-    records = writer.Records();
-    for (OmStreamRecord& record : records) {
-      session.Message(record.code, unsigned(record.payload.size()), record.payload.data());
-    }
+    Deliver(session, writer);
     EXPECT_EQ(session.Procedure(), nullptr);
     ASSERT_NE(session.LastRecoveredError(), nullptr);
     EXPECT_NE(session.LastRecoveredError()->Message().find("no-such-code-page"), std::string::npos);
