@@ -246,9 +246,7 @@ TEST_P(CellMessages, ByteOrderProbeSetsSwappingForTheSendersOrder) {
   EXPECT_EQ(factory->SwapBytes(), GetParam() == ByteOrder::BigEndian);
 }
 
-INSTANTIATE_TEST_SUITE_P(BothOrders, CellMessages,
-                         ::testing::Values(ByteOrder::LittleEndian, ByteOrder::BigEndian),
-                         OrderName);
+OM_BOTH_ORDERS(CellMessages);
 
 using ByteOrderMessages = SessionTest;
 
