@@ -342,9 +342,7 @@ TEST_P(TableMessages, BeginTableHandsTheProcedureSettingsToTheTable) {
   EXPECT_EQ(table.getBackendSettings()->getMaxCells(), 500u);
 }
 
-INSTANTIATE_TEST_SUITE_P(BothOrders, TableMessages,
-                         ::testing::Values(ByteOrder::LittleEndian, ByteOrder::BigEndian),
-                         OrderName);
+OM_BOTH_ORDERS(TableMessages);
 
 // OMS selection and the viewer: messages that are dropped without error.
 
