@@ -97,9 +97,7 @@ TEST_P(HotPath, DroppedMessagesAllocateNothing) {
   EXPECT_EQ(Count(records), 0u);
 }
 
-INSTANTIATE_TEST_SUITE_P(BothOrders, HotPath,
-                         ::testing::Values(ByteOrder::LittleEndian, ByteOrder::BigEndian),
-                         OrderName);
+OM_BOTH_ORDERS(HotPath);
 
 }  // namespace
 }  // namespace sessiontest
