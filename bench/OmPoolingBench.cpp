@@ -13,6 +13,7 @@
 #include "backend/omfactory/pooling/OmMIPooler.h"
 #include "bench/OmBenchClock.h"
 #include "platform/mipool/MiOutputSettings.h"
+#include "platform/outputmodel/OmComposite.h"
 #include "platform/outputmodel/OmDimension.h"
 #include "platform/outputmodel/OmNumDataValue.h"
 #include "platform/outputmodel/OmNumber.h"
@@ -70,6 +71,53 @@ double TimePooling(int groups, int imputations, std::size_t* cellsAfter) {
   return stop - start;
 }
 
+// A regression's "Coefficients": terms x (B, Std. Error, t, Significance, and the two bounds of
+// the "95% Confidence Interval for B" group) x imputations 0 .. m. All terms of a model pool
+// together, so this is the one pattern whose work could grow faster than its cells.
+std::unique_ptr<OmPivotTable> Coefficients(int terms, int imputations) {
+  auto table = std::make_unique<OmPivotTable>(OmStringCell("Coefficients"),
+                                              OmStringCell("Coefficients"));
+  table->SetTableTitle(OmStringCell("Coefficients"));
+  const int v = table->AddDimension(OmStringCell("Variables"));
+  const int s = table->AddDimension(OmStringCell("Statistics"));
+  const int m = table->AddDimension(OmVariable("Imputation_", "Imputation Number"));
+  {
+    OmDimension& dim = table->Dimension(v);
+    dim.Child(&dim.Root(), -1, OmStringCell("(Constant)"), false);
+    for (int t = 1; t < terms; ++t) {
+      std::string name = "x";
+      name += std::to_string(t);  // not "x" + ...: GCC 12 warns falsely (-Wrestrict) on that
+      dim.Child(&dim.Root(), -1, OmVariable(name, ""), false);
+    }
+  }
+  {
+    OmDimension& dim = table->Dimension(s);
+    for (const char* statistic : {"B", "Std. Error", "t", "Significance"}) {
+      dim.Child(&dim.Root(), -1, OmStringCell(statistic), false);
+    }
+    OmComposite label("^1 Confidence Interval for B", false);
+    label.Add(OmNumber(95.0));
+    OmDimension::Node group = dim.Child(&dim.Root(), -1, label, true);
+    dim.Child(group, -1, OmStringCell("Lower Bound"), false);
+    dim.Child(group, -1, OmStringCell("Upper Bound"), false);
+  }
+  for (int i = 0; i <= imputations; ++i) {
+    OmDimension& dim = table->Dimension(m);
+    dim.Child(&dim.Root(), -1, OmNumDataValue("Imputation_", "", double(i), kNoDecimals), false);
+  }
+  for (int t = 0; t < terms; ++t) {
+    for (int i = 0; i <= imputations; ++i) {
+      const double b = 1.0 + t * 0.001 + double((i * 37 + t) % 11) * 0.01;
+      const double se = 0.2 + double((i * 13 + t) % 7) * 0.01;
+      const double values[] = {b, se, b / se, 0.01, b - 1.96 * se, b + 1.96 * se};
+      for (int st = 0; st < 6; ++st) {
+        table->Cell({t, st, i}, std::make_unique<OmNumber>(values[st], kTwoDecimals));
+      }
+    }
+  }
+  return table;
+}
+
 // Pooling settings of a run that shows everything, restored afterwards.
 class AllOutput {
 public:
@@ -124,6 +172,37 @@ void BM_PoolingTargets(benchmark::State& state) {
   }
 }
 
+// Arguments: terms, imputations.
+void BM_CoefficientsPooling(benchmark::State& state) {
+  AllOutput output;
+  const int terms = int(state.range(0));
+  const int imputations = int(state.range(1));
+  double best = std::numeric_limits<double>::max();
+  for (auto _ : state) {
+    std::unique_ptr<OmPivotTable> table = Coefficients(terms, imputations);
+    const OmStringCell procedure("Regression", true);
+    OmMIPooler pooler(&procedure, nullptr, true, true, true, false);
+    const double start = OmThreadSeconds();
+    pooler.Visit(*table);
+    const double seconds = OmThreadSeconds() - start;
+    // The pooled model is one more imputation category, filled for every term.
+    if (table->Size(2) != imputations + 2 || table->Cell({terms - 1, 0, imputations + 1}) == nullptr) {
+      state.SkipWithError("the coefficients were not pooled");
+      break;
+    }
+    state.SetIterationTime(seconds);
+    best = std::min(best, seconds);
+  }
+  state.SetItemsProcessed(state.iterations() * terms);
+  state.counters["ns/term/imp"] = best * 1e9 / double(terms) / double(imputations);
+}
+
+BENCHMARK(BM_CoefficientsPooling)
+    ->Args({1'000, 5})
+    ->Args({1'000, 50})
+    ->Args({10'000, 5})
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ImputationPooling)
     ->Args({9'999, 5})
     ->Args({99'999, 5})

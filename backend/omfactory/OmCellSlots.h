@@ -1,33 +1,66 @@
 // The session's cell slot table: owned cell texts waiting in numbered slots until a message takes
 // them into a table, a heading or another cell. Ids are bounded (kIdLimit) so that a stray id from
 // a stream can never make the table allocate more than a few megabytes of slots.
+//
+// Plain numbers and texts, the bulk of every table, wait in the low slots undecoded into objects:
+// a slot keeps the value (and reuses its text buffer) and makes the cell only when a message
+// takes or looks at it. A table that OMS excludes discards them without any allocation.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/outputmodel/OmCellText.h"
+
+class icuTracker;
 
 class OmCellSlots {
 public:
   // Valid ids are 0 .. kIdLimit - 1 (4 Mi slots, 32 MiB of pointers at most). Callers check ids
   // against it before they reach the table (OmPayload::CellId).
   static constexpr int kIdLimit = 1 << 22;
+  // Ids below this keep numbers and texts as values; above it they are made into cells at once.
+  // Procedures cycle through a few dozen ids, so a few kilobytes of values cover them.
+  static constexpr int kValueIds = 1 << 10;
 
   // Puts cell into slot id, destroying what was there; the table grows with empty slots. An id
   // outside the range is an OMSException.
   void Store(int id, std::unique_ptr<OmCellText> cell);
+  // The same for an OmNumber of value and format, or an OmStringCell of text, made with tracker
+  // when first taken or looked at.
+  void StoreNumber(int id, double value, std::uint32_t format, icuTracker* tracker);
+  void StoreText(int id, std::string_view text, bool translatable, icuTracker* tracker);
   // Empties slot id and hands its cell over; null for an empty slot or one never stored.
   std::unique_ptr<OmCellText> Take(int id);
   // The cell in slot id, or null; the slot keeps it.
   OmCellText* Peek(int id) const;
-  // Destroys the cell in slot id, if any.
-  void Discard(int id) { Take(id); }
+  // Empties slot id, if it holds anything, without making its cell.
+  void Discard(int id);
   // Destroys every cell and shrinks the table to nothing.
   void Clear();
   std::size_t Size() const { return _slots.size(); }
 
 private:
-  std::vector<std::unique_ptr<OmCellText>> _slots;
+  // A number or text waiting in a low slot; kNone once made into a cell or discarded.
+  struct Value {
+    enum Kind : std::uint8_t { kNone, kNumber, kText };
+    Kind kind = kNone;
+    bool translatable = false;
+    std::uint32_t format = 0;
+    double number = 0.0;
+    icuTracker* tracker = nullptr;
+    std::string text;
+  };
+
+  // Slot id ready for a new value: its cell destroyed, the tables long enough.
+  Value& ValueSlot(int id);
+  std::unique_ptr<OmCellText> Make(Value& value) const;
+
+  // Peek makes a waiting cell, which changes how a slot holds its content but not the content.
+  mutable std::vector<std::unique_ptr<OmCellText>> _slots;
+  mutable std::vector<Value> _values;
 };

@@ -215,7 +215,7 @@ void OmFactory::Data::OnCellMessage(OmPayload& message) {
       const double value = message.F64(0);
       const std::uint32_t format = message.Format(8);
       const int id = message.CellId(12, "cell id");
-      StoreCell(id, std::make_unique<OmNumber>(value, format));
+      _cells.StoreNumber(id, value, format, _tracker);
       break;
     }
     case IPC_INTEGER: {
@@ -223,7 +223,7 @@ void OmFactory::Data::OnCellMessage(OmPayload& message) {
       const double value = message.Int32(0);
       const std::uint32_t format = message.Format(4);
       const int id = message.CellId(8, "cell id");
-      StoreCell(id, std::make_unique<OmNumber>(value, format));
+      _cells.StoreNumber(id, value, format, _tracker);
       break;
     }
     case IPC_STRING: {
@@ -242,8 +242,11 @@ void OmFactory::Data::OnCellMessage(OmPayload& message) {
         break;
       }
       message.CheckCellId(id, "cell id");
-      std::string whole = _strings.HasChunks() ? _strings.FinishChunks(text) : std::string(text);
-      StoreCell(id, std::make_unique<OmStringCell>(std::move(whole), literal == 0));
+      if (!_strings.HasChunks()) {
+        _cells.StoreText(id, text, literal == 0, _tracker);
+        break;
+      }
+      StoreCell(id, std::make_unique<OmStringCell>(_strings.FinishChunks(text), literal == 0));
       break;
     }
     case IPC_VARIABLE: {
@@ -479,10 +482,11 @@ void OmFactory::Data::OnTableMessage(OmPayload& message) {
       const int tcid = message.Byte(0);
       const int labelId = message.CellId(4, "category cell id");
       const int dimensionId = message.CellId(8, "dimension cell id");
+      OmPivotFactory* builder =
+          BuilderOrDiscard(tcid, message.Code() == IPC_CATEGORY, labelId, dimensionId);
+      if (builder == nullptr) break;
       std::unique_ptr<OmCellText> label = _cells.Take(labelId);
       std::unique_ptr<OmCellText> dimension = _cells.Take(dimensionId);
-      OmPivotFactory* builder = TableBuilder(tcid, message.Code() == IPC_CATEGORY);
-      if (builder == nullptr) break;
       Required(message, label, labelId, "category cell id");
       Required(message, dimension, dimensionId, "dimension cell id");
       label->Accept(_tableFixer);
@@ -520,10 +524,10 @@ void OmFactory::Data::OnTableMessage(OmPayload& message) {
       const int tcid = message.Byte(0);
       const int valueId = message.CellId(4, "value cell id");
       const int categoryId = message.CellId(8, "category cell id");
+      OmPivotFactory* builder = BuilderOrDiscard(tcid, true, valueId, categoryId);
+      if (builder == nullptr) break;
       std::unique_ptr<OmCellText> value = _cells.Take(valueId);
       std::unique_ptr<OmCellText> category = _cells.Take(categoryId);
-      OmPivotFactory* builder = TableBuilder(tcid, true);
-      if (builder == nullptr) break;
       Required(message, value, valueId, "value cell id");
       Required(message, category, categoryId, "category cell id");
       value->Accept(_tableFixer);

@@ -343,6 +343,23 @@ OmPivotFactory* OmFactory::Data::TableBuilder(int tcid, bool fastRule) {
   return &builder;
 }
 
+OmPivotFactory* OmFactory::Data::BuilderOrDiscard(int tcid, bool fastRule, int firstId,
+                                                  int secondId) {
+  OmPivotFactory* builder = nullptr;
+  try {
+    builder = TableBuilder(tcid, fastRule);
+  } catch (...) {
+    _cells.Discard(firstId);
+    _cells.Discard(secondId);
+    throw;
+  }
+  if (builder == nullptr) {
+    _cells.Discard(firstId);
+    _cells.Discard(secondId);
+  }
+  return builder;
+}
+
 void OmFactory::Data::TableProperty(OmPayload& payload, int tcid, int property, int cellId,
                                     std::unique_ptr<OmCellText> cell) {
   if (!_pProc) return;

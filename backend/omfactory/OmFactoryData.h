@@ -86,6 +86,9 @@ struct OmFactory::Data {
   // procedure, the table's keep flag clear, or (fastRule) the viewer does not need it. Fails when
   // the TCID names no open table.
   OmPivotFactory* TableBuilder(int tcid, bool fastRule = false);
+  // TableBuilder for a message that names two cells: when it gives null or fails, both slots
+  // are emptied without making their cells, so that a table that keeps nothing costs no cell.
+  OmPivotFactory* BuilderOrDiscard(int tcid, bool fastRule, int firstId, int secondId);
   // The current composite; fails when its slot is empty, std::bad_cast when it holds another kind.
   OmComposite& CurrentComposite(OmPayload& payload);
 

@@ -213,6 +213,8 @@ void OmPivotFactory::PlaceDimension(int d, int axis, int position, bool flag1, b
 void OmPivotFactory::SetCellDimension(int d) {
   _my->CheckDimension("SetCellDimension", d);
   _my->_cellDimension = d;
+  // Every IPC_CELL names a category of this dimension: it changes from one cell to the next.
+  _my->_table->CellOrderHint(d);
 }
 
 int OmPivotFactory::CellDimension() {

@@ -1,9 +1,10 @@
-// The hot messages allocate nothing but their cells: counts every heap allocation of this test
-// program while IPC_NUMBER, IPC_CELL and IPC_CATEGORY messages are handled.
+// The hot messages allocate nothing but the cells a table keeps: counts every heap allocation of
+// this test program while IPC_NUMBER, IPC_STRING, IPC_CELL and IPC_CATEGORY messages are handled.
 #include <cstdlib>
 #include <new>
 
 #include "SessionFixture.h"
+#include "platform/outputmodel/OmNumber.h"
 
 namespace {
 std::size_t gAllocations = 0;
@@ -47,13 +48,46 @@ protected:
   }
 };
 
-TEST_P(HotPath, NumberMessagesAllocateOnlyTheirCell) {
+TEST_P(HotPath, NumbersAndTextsWaitInTheirSlotsWithoutAllocating) {
+  writer.Number(1, 0, 0x050802);
+  writer.String(2, "Std. Deviation", 1);  // the slot tables and the text buffer have their room
   Feed();
-  writer.Number(1, 0, 0x050802);  // the slot table has its room
-  Feed();
-  for (int i = 0; i < kMessages; ++i) writer.Number(1, i, 0x050802);
+  for (int i = 0; i < kMessages; ++i) {
+    writer.Number(1, i, 0x050802);
+    writer.String(2, i % 2 ? "N" : "Mean", 1);
+  }
   std::vector<OmStreamRecord> records = Take();
-  EXPECT_EQ(Count(records), std::size_t(kMessages));
+  EXPECT_EQ(Count(records), 0u);
+  // What waits is the last of each.
+  const auto* number = dynamic_cast<const OmNumber*>(factory->PendingCell(1));
+  ASSERT_NE(number, nullptr);
+  EXPECT_EQ(number->Value(), kMessages - 1);
+  ASSERT_NE(factory->PendingCell(2), nullptr);
+  EXPECT_EQ(factory->PendingCell(2)->Text(), "N");
+}
+
+TEST_P(HotPath, CellsOfATableThatKeepsNothingAllocateNothing) {
+  BeginProcedure();
+  BeginTable(1, "Excluded");
+  writer.String(2, "Statistics", 1);
+  writer.CellDimension(1, 2);
+  writer.Number(5, 1, 0x050802);
+  writer.String(6, "Mean", 1);
+  writer.Cell(1, 5, 6);
+  Feed();
+  ASSERT_EQ(OpenTable().NCells(), 1u);
+  OpenTable()._keep = 0;  // as an OMS request for headings only leaves it
+  for (int i = 0; i < kMessages; ++i) {
+    writer.Number(5, i, 0x050802);
+    writer.String(6, i % 2 ? "N" : "Std. Deviation", 1);
+    writer.Cell(1, 5, 6);
+  }
+  std::vector<OmStreamRecord> records = Take();
+  EXPECT_EQ(Count(records), 0u);
+  EXPECT_EQ(OpenTable().NCells(), 1u);
+  EXPECT_EQ(factory->PendingCell(5), nullptr);  // the cell messages emptied their slots
+  EXPECT_EQ(factory->PendingCell(6), nullptr);
+  EXPECT_EQ(factory->RecoveredErrorCount(), 0u);
 }
 
 TEST_P(HotPath, CellAndCategoryMessagesAllocateNothingOnceTheirCategoriesExist) {
@@ -70,19 +104,17 @@ TEST_P(HotPath, CellAndCategoryMessagesAllocateNothingOnceTheirCategoriesExist) 
   Feed();
   ASSERT_EQ(OpenTable().NCells(), 1u);
 
-  // Every message finds its category and replaces the one cell; the cells are made beforehand.
-  std::vector<OmStreamRecord> cells;
+  // Every message finds its category and replaces the one cell: each named slot costs at most
+  // its one cell, and nothing else is allocated on the way.
   for (int i = 0; i < kMessages; ++i) {
     writer.String(3, "x", 1);
     writer.String(4, "Variables", 1);
     writer.Number(5, i, 0x050802);
     writer.String(6, "N", 1);
-    std::vector<OmStreamRecord> made = Take();
-    Count(made);
     writer.Category(1, 3, 4);
     writer.Cell(1, 5, 6);
     std::vector<OmStreamRecord> hot = Take();
-    EXPECT_EQ(Count(hot), 0u) << "message pair " << i;
+    EXPECT_LE(Count(hot), 4u) << "message group " << i;
   }
   EXPECT_EQ(factory->RecoveredErrorCount(), 0u);
   EXPECT_EQ(OpenTable().NCells(), 1u);

@@ -1,6 +1,7 @@
 #include "platform/outputmodel/OmPivotTable.h"
 
-#include <chrono>
+#include <map>
+#include <random>
 #include <set>
 
 #include <gtest/gtest.h>
@@ -99,6 +100,43 @@ TEST(OmPivotTable, CellsKeepTheirCoordinatesWhenKeysWidenPastOneWord) {
   }
 }
 
+// Runs of cells along the hinted dimension share neighbouring slots, so their probe sequences
+// overlap far more than scattered keys do: a random mix of stores, replacements and removals,
+// with coordinates that outgrow their fields, must still find exactly what a map holds.
+TEST(OmPivotTable, CellsStoredInRunsAlongTheHintedDimensionStayExact) {
+  for (int hint : {2, 0, 1}) {
+    OmPivotTable t(S("t"), S("t"));
+    for (const char* label : {"rows", "groups", "statistics"}) t.AddDimension(S(label));
+    t.CellOrderHint(hint);
+    std::map<std::vector<int>, int> expected;
+    std::mt19937 random(unsigned(hint) + 11);
+    for (int i = 0; i < 6000; ++i) {
+      const int row = int(random() % 60);
+      const int group = i < 4000 ? int(random() % 9) : int(random() % 5000);
+      if (random() % 5 == 0) {
+        const std::vector<int> c{row, group, int(random() % 40)};
+        EXPECT_EQ(t.TakeCell(c) != nullptr, expected.erase(c) == 1) << hint << " " << i;
+        continue;
+      }
+      // A run of neighbours along the statistics, as a builder stores a row.
+      for (int s = 0; s < 20; ++s) {
+        const std::vector<int> c{row, group, s + int(i % 3) * 10};
+        t.Cell(c, OmNumber(i));
+        expected[c] = i;
+      }
+      if (i == 3000) t.CellOrderHint((hint + 1) % 3);  // too late to matter: ignored
+    }
+    ASSERT_EQ(t.NCells(), expected.size()) << hint;
+    for (const auto& [c, value] : expected) ASSERT_EQ(ValueAt(t, c), value) << hint;
+    std::size_t visited = 0;
+    for (auto it = t.FirstCell(); it != t.EndCell(); ++it) {
+      ASSERT_EQ(expected.count(it.Coord()), 1u) << hint;
+      ++visited;
+    }
+    EXPECT_EQ(visited, expected.size()) << hint;
+  }
+}
+
 TEST(OmPivotTable, BadCoordinatesAreRefused) {
   OmPivotTable t(S("t"), S("t"));
   t.AddDimension(S("a"));
@@ -171,7 +209,6 @@ TEST(OmPivotTable, RemovalKeepsTheOtherCellsReachable) {
 TEST(OmPivotTable, HoldsAMillionCellsCompactly) {
   OmPivotTable t(S("t"), S("t"));
   for (int d = 0; d < 4; ++d) t.AddDimension(OmNumber(d));
-  const auto start = std::chrono::steady_clock::now();
   std::vector<int> c(4);
   int n = 0;
   for (c[0] = 0; c[0] < 10; ++c[0]) {
@@ -195,8 +232,6 @@ TEST(OmPivotTable, HoldsAMillionCellsCompactly) {
   EXPECT_EQ(t.NCells(), 1000000u);
   EXPECT_EQ(ValueAt(t, {9, 99, 99, (9 + 99 + 99) % 7}), 99999);
   EXPECT_EQ(ValueAt(t, {9, 299, 299, 10}), 999999);
-  const auto seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  EXPECT_LT(seconds, 30.0);
   // The index costs well under 100 bytes a cell.
   EXPECT_LT(t.CellIndexBytes() / t.NCells(), 50u);
 }

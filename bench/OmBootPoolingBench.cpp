@@ -1,0 +1,160 @@
+// Bootstrap pooling of a "Descriptive Statistics" table of a bootstrapped Descriptives procedure:
+// variables x 7 statistics x bootstrap split 0 .. B, pooled by OmBootPooler as the end of the
+// procedure does (replicate nodes pruned, the table visited). Percentile intervals without a
+// jackknife list, BCa intervals with one. The cost per (statistics cell x replicate) should not
+// depend on the number of cells or of replicates; BM_BootPoolingTargets measures both ratios.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string>
+
+#include "backend/omfactory/pooling/OmBootPooler.h"
+#include "bench/OmBenchClock.h"
+#include "platform/bootspecs/SvrBootstrapSpecs.h"
+#include "platform/outputmodel/OmDimension.h"
+#include "platform/outputmodel/OmNumDataValue.h"
+#include "platform/outputmodel/OmNumber.h"
+#include "platform/outputmodel/OmOutputTree.h"
+#include "platform/outputmodel/OmPivotTable.h"
+#include "platform/outputmodel/OmProcedure.h"
+#include "platform/outputmodel/OmStringCell.h"
+#include "platform/outputmodel/OmVariable.h"
+
+namespace {
+
+constexpr std::uint32_t kTwoDecimals = 0x2050028;
+constexpr std::uint32_t kNoDecimals = 0x50028;
+constexpr const char* kStatistics[] = {"Mean",     "Std. Deviation", "Variance", "Median",
+                                       "Skewness", "Kurtosis",       "N"};
+constexpr int kNStatistics = 7;
+
+struct BootOutput {
+  OmOutputTree list;
+  OmOutputTree::Node procedure;
+  OmPivotTable* table = nullptr;
+  SvrBootstrapSpecs specs;
+};
+
+// The procedure "Descriptives" holding one table of variables x statistics x split 0 .. B, every
+// cell a number that varies with the replicate. With bca, a jackknife list over the split's
+// categories makes the intervals BCa.
+std::unique_ptr<BootOutput> Bootstrapped(int variables, int replicates, bool bca) {
+  auto out = std::make_unique<BootOutput>();
+  out->procedure = out->list.AppendUnderRoot(
+      std::make_unique<OmProcedure>(OmStringCell("Descriptives"), "English", "UTF-8", "en_US"));
+  auto table = std::make_unique<OmPivotTable>(OmStringCell("Descriptive Statistics"),
+                                              OmStringCell("Descriptive Statistics"));
+  table->SetTableTitle(OmStringCell("Descriptive Statistics"));
+  const int v = table->AddDimension(OmStringCell("Variables"));
+  const int s = table->AddDimension(OmStringCell("Statistics"));
+  const int k = table->AddDimension(OmVariable("$bootstrap_split", ""));
+  for (int i = 0; i < variables; ++i) {
+    OmDimension& dim = table->Dimension(v);
+    std::string name = "v";
+    name += std::to_string(i + 1);  // not "v" + ...: GCC 12 warns falsely (-Wrestrict) on that
+    dim.Child(&dim.Root(), -1, OmStringCell(name), false);
+  }
+  for (const char* statistic : kStatistics) {
+    OmDimension& dim = table->Dimension(s);
+    dim.Child(&dim.Root(), -1, OmStringCell(statistic), false);
+  }
+  for (int r = 0; r <= replicates; ++r) {
+    OmDimension& dim = table->Dimension(k);
+    dim.Child(&dim.Root(), -1, OmNumDataValue("$bootstrap_split", "", double(r), kNoDecimals),
+              false);
+  }
+  table->Rows().push_back(short(v));
+  table->Columns().push_back(short(s));
+  table->Layers().push_back(short(k));
+  for (int i = 0; i < variables; ++i) {
+    for (int st = 0; st < kNStatistics; ++st) {
+      for (int r = 0; r <= replicates; ++r) {
+        // A spread that differs per cell, so that sorting the replicates does real work.
+        const double value = 10.0 + i * 0.01 + st + double((r * 7919 + i * 31 + st) % 1000) * 1e-3;
+        table->Cell({i, st, r},
+                    std::make_unique<OmNumber>(st == 6 ? 100.0 : value,
+                                               st == 6 ? kNoDecimals : kTwoDecimals));
+      }
+    }
+  }
+  out->table = table.get();
+  out->list.Append(out->procedure, std::move(table));
+  out->specs.SetNSamples(unsigned(replicates));
+  out->specs.SetCILevelPct(95.0);
+  if (bca) {
+    // The first range takes categories 0 .. B: the estimate and every replicate.
+    out->specs.SetJackknifeBoundaries({std::uint32_t(replicates + 1)});
+    std::vector<SvrBootstrapSpecs::JackknifeEntry> jackknife(std::size_t(replicates) + 1);
+    for (std::size_t j = 0; j < jackknife.size(); ++j) jackknife[j].value = double(j % 13) - 6.0;
+    out->specs.SetJackknifeList(std::move(jackknife));
+  }
+  return out;
+}
+
+// Seconds to pool a freshly built procedure output; the build is not timed. Sets *pooled when
+// the table came out pooled (a fourth dimension, one split category left).
+double TimePooling(int variables, int replicates, bool bca, bool* pooled) {
+  std::unique_ptr<BootOutput> out = Bootstrapped(variables, replicates, bca);
+  const OmCellText* name = out->procedure.Value()->Label();
+  const double start = OmThreadSeconds();
+  OmBootPooler pooler(name, out->list, &out->specs);
+  out->table->Accept(pooler);
+  const double stop = OmThreadSeconds();
+  if (pooled != nullptr) *pooled = out->table->NDimensions() == 4 && out->table->Size(2) == 1;
+  return stop - start;
+}
+
+// Arguments: statistics cells (variables x 7), replicates B, BCa (1) or percentile (0).
+void BM_BootstrapPooling(benchmark::State& state) {
+  const int variables = int(state.range(0) / kNStatistics);
+  const int replicates = int(state.range(1));
+  const bool bca = state.range(2) != 0;
+  const std::int64_t cells = std::int64_t(variables) * kNStatistics;
+  double best = std::numeric_limits<double>::max();
+  for (auto _ : state) {
+    bool pooled = false;
+    const double seconds = TimePooling(variables, replicates, bca, &pooled);
+    if (!pooled) {
+      state.SkipWithError("the table was not pooled");
+      break;
+    }
+    state.SetIterationTime(seconds);
+    best = std::min(best, seconds);
+  }
+  state.SetItemsProcessed(state.iterations() * cells);
+  state.counters["ns/cell/rep"] = best * 1e9 / double(cells * replicates);
+}
+
+double BestOf(int rounds, int variables, int replicates) {
+  double best = std::numeric_limits<double>::max();
+  for (int r = 0; r < rounds; ++r) {
+    best = std::min(best, TimePooling(variables, replicates, true, nullptr));
+  }
+  return best / (double(variables) * kNStatistics * replicates);
+}
+
+// Cost per statistics cell and replicate (BCa): 10x the cells, and 10x the replicates.
+void BM_BootPoolingTargets(benchmark::State& state) {
+  for (auto _ : state) {
+    const double base = BestOf(5, 143, 100);
+    const double manyCells = BestOf(3, 1'429, 100);
+    const double manyReplicates = BestOf(3, 143, 1'000);
+    state.counters["cells10x<=1.5"] = manyCells / base;
+    state.counters["reps10x<=1.5"] = manyReplicates / base;
+    state.SetIterationTime(base * 143 * kNStatistics * 100);
+  }
+}
+
+BENCHMARK(BM_BootstrapPooling)
+    ->ArgNames({"cells", "reps", "bca"})
+    ->Args({10'003, 1'000, 0})
+    ->Args({10'003, 1'000, 1})
+    ->Iterations(2)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_BootPoolingTargets)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+}  // namespace
