@@ -30,6 +30,8 @@ constexpr std::uint32_t kNoDecimals = 0x50028;
 constexpr const char* kStatistics[] = {"Mean",     "Std. Deviation", "Variance", "Median",
                                        "Skewness", "Kurtosis",       "N"};
 constexpr int kNStatistics = 7;
+// Jackknife samples of a BCa run: split categories B + 1 ... B + kJackknife.
+constexpr int kJackknife = 100;
 
 struct BootOutput {
   OmOutputTree list;
@@ -39,8 +41,8 @@ struct BootOutput {
 };
 
 // The procedure "Descriptives" holding one table of variables x statistics x split 0 .. B, every
-// cell a number that varies with the replicate. With bca, a jackknife list over the split's
-// categories makes the intervals BCa.
+// cell a number that varies with the replicate. With bca, kJackknife more split categories and a
+// jackknife list make the intervals BCa.
 std::unique_ptr<BootOutput> Bootstrapped(int variables, int replicates, bool bca) {
   auto out = std::make_unique<BootOutput>();
   out->procedure = out->list.AppendUnderRoot(
@@ -61,7 +63,8 @@ std::unique_ptr<BootOutput> Bootstrapped(int variables, int replicates, bool bca
     OmDimension& dim = table->Dimension(s);
     dim.Child(&dim.Root(), -1, OmStringCell(statistic), false);
   }
-  for (int r = 0; r <= replicates; ++r) {
+  const int last = replicates + (bca ? kJackknife : 0);
+  for (int r = 0; r <= last; ++r) {
     OmDimension& dim = table->Dimension(k);
     dim.Child(&dim.Root(), -1, OmNumDataValue("$bootstrap_split", "", double(r), kNoDecimals),
               false);
@@ -71,7 +74,7 @@ std::unique_ptr<BootOutput> Bootstrapped(int variables, int replicates, bool bca
   table->Layers().push_back(short(k));
   for (int i = 0; i < variables; ++i) {
     for (int st = 0; st < kNStatistics; ++st) {
-      for (int r = 0; r <= replicates; ++r) {
+      for (int r = 0; r <= last; ++r) {
         // A spread that differs per cell, so that sorting the replicates does real work.
         const double value = 10.0 + i * 0.01 + st + double((r * 7919 + i * 31 + st) % 1000) * 1e-3;
         table->Cell({i, st, r},
@@ -85,9 +88,9 @@ std::unique_ptr<BootOutput> Bootstrapped(int variables, int replicates, bool bca
   out->specs.SetNSamples(unsigned(replicates));
   out->specs.SetCILevelPct(95.0);
   if (bca) {
-    // The first range takes categories 0 .. B: the estimate and every replicate.
-    out->specs.SetJackknifeBoundaries({std::uint32_t(replicates + 1)});
-    std::vector<SvrBootstrapSpecs::JackknifeEntry> jackknife(std::size_t(replicates) + 1);
+    // One stratum: the jackknife range is the first kJackknife split categories.
+    out->specs.SetJackknifeBoundaries({std::uint32_t(kJackknife)});
+    std::vector<SvrBootstrapSpecs::JackknifeEntry> jackknife(static_cast<std::size_t>(kJackknife));
     for (std::size_t j = 0; j < jackknife.size(); ++j) jackknife[j].value = double(j % 13) - 6.0;
     out->specs.SetJackknifeList(std::move(jackknife));
   }
@@ -103,7 +106,9 @@ double TimePooling(int variables, int replicates, bool bca, bool* pooled) {
   OmBootPooler pooler(name, out->list, &out->specs);
   out->table->Accept(pooler);
   const double stop = OmThreadSeconds();
-  if (pooled != nullptr) *pooled = out->table->NDimensions() == 4 && out->table->Size(2) == 1;
+  if (pooled != nullptr) {
+    *pooled = out->table->NDimensions() == 4 && out->table->Dimension(2).Root().NChildren() == 1;
+  }
   return stop - start;
 }
 
@@ -119,6 +124,7 @@ void BM_BootstrapPooling(benchmark::State& state) {
     const double seconds = TimePooling(variables, replicates, bca, &pooled);
     if (!pooled) {
       state.SkipWithError("the table was not pooled");
+
       break;
     }
     state.SetIterationTime(seconds);

@@ -7,8 +7,6 @@
 namespace {
 // A table cleared at the end of a procedure keeps this many slots' room for the next one.
 constexpr std::size_t kKeptCapacity = 1 << 16;
-// A waiting text buffer grown beyond this is given back when the slot is emptied.
-constexpr std::size_t kKeptTextCapacity = 256;
 }  // namespace
 
 void OmCellSlots::Store(int id, std::unique_ptr<OmCellText> cell) {
@@ -19,40 +17,22 @@ void OmCellSlots::Store(int id, std::unique_ptr<OmCellText> cell) {
   _slots[index] = std::move(cell);
 }
 
-OmCellSlots::Value& OmCellSlots::ValueSlot(int id) {
-  const std::size_t index = std::size_t(id);
-  if (index >= _slots.size()) _slots.resize(index + 1);
-  if (index >= _values.size()) _values.resize(index + 1);
-  _slots[index].reset();
-  return _values[index];
+void OmCellSlots::Grow(std::size_t size) {
+  if (_slots.size() < size) _slots.resize(size);
+  _values.resize(size);
 }
 
-void OmCellSlots::StoreNumber(int id, double value, std::uint32_t format, icuTracker* tracker) {
-  if (id < 0 || id >= kValueIds) {
-    auto cell = std::make_unique<OmNumber>(value, format);
-    cell->setICUTracker(tracker);
-    Store(id, std::move(cell));
-    return;
-  }
-  Value& slot = ValueSlot(id);
-  slot.kind = Value::kNumber;
-  slot.number = value;
-  slot.format = format;
-  slot.tracker = tracker;
+void OmCellSlots::MakeNumber(int id, double value, std::uint32_t format, icuTracker* tracker) {
+  auto cell = std::make_unique<OmNumber>(value, format);
+  cell->setICUTracker(tracker);
+  Store(id, std::move(cell));
 }
 
-void OmCellSlots::StoreText(int id, std::string_view text, bool translatable, icuTracker* tracker) {
-  if (id < 0 || id >= kValueIds) {
-    auto cell = std::make_unique<OmStringCell>(std::string(text), translatable);
-    cell->setICUTracker(tracker);
-    Store(id, std::move(cell));
-    return;
-  }
-  Value& slot = ValueSlot(id);
-  slot.text.assign(text);  // reuses the buffer of the slot's earlier texts
-  slot.kind = Value::kText;
-  slot.translatable = translatable;
-  slot.tracker = tracker;
+void OmCellSlots::MakeText(int id, std::string_view text, bool translatable,
+                           icuTracker* tracker) {
+  auto cell = std::make_unique<OmStringCell>(std::string(text), translatable);
+  cell->setICUTracker(tracker);
+  Store(id, std::move(cell));
 }
 
 std::unique_ptr<OmCellText> OmCellSlots::Make(Value& value) const {
@@ -67,13 +47,6 @@ std::unique_ptr<OmCellText> OmCellSlots::Make(Value& value) const {
   return cell;
 }
 
-std::unique_ptr<OmCellText> OmCellSlots::Take(int id) {
-  const std::size_t index = std::size_t(id);
-  if (id < 0 || index >= _slots.size()) return nullptr;
-  if (index < _values.size() && _values[index].kind != Value::kNone) return Make(_values[index]);
-  return std::move(_slots[index]);
-}
-
 OmCellText* OmCellSlots::Peek(int id) const {
   const std::size_t index = std::size_t(id);
   if (id < 0 || index >= _slots.size()) return nullptr;
@@ -81,17 +54,6 @@ OmCellText* OmCellSlots::Peek(int id) const {
     _slots[index] = Make(_values[index]);
   }
   return _slots[index].get();
-}
-
-void OmCellSlots::Discard(int id) {
-  const std::size_t index = std::size_t(id);
-  if (id < 0 || index >= _slots.size()) return;
-  if (index < _values.size()) {
-    Value& value = _values[index];
-    value.kind = Value::kNone;
-    if (value.text.capacity() > kKeptTextCapacity) std::string().swap(value.text);
-  }
-  _slots[index].reset();
 }
 
 void OmCellSlots::Clear() {

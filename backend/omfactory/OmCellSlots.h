@@ -32,14 +32,43 @@ public:
   void Store(int id, std::unique_ptr<OmCellText> cell);
   // The same for an OmNumber of value and format, or an OmStringCell of text, made with tracker
   // when first taken or looked at.
-  void StoreNumber(int id, double value, std::uint32_t format, icuTracker* tracker);
-  void StoreText(int id, std::string_view text, bool translatable, icuTracker* tracker);
+  // (Defined inline: every cell of a table passes through them.)
+  void StoreNumber(int id, double value, std::uint32_t format, icuTracker* tracker) {
+    if (id < 0 || id >= kValueIds) return MakeNumber(id, value, format, tracker);
+    Value& slot = ValueSlot(id);
+    slot.kind = Value::kNumber;
+    slot.number = value;
+    slot.format = format;
+    slot.tracker = tracker;
+  }
+  void StoreText(int id, std::string_view text, bool translatable, icuTracker* tracker) {
+    if (id < 0 || id >= kValueIds) return MakeText(id, text, translatable, tracker);
+    Value& slot = ValueSlot(id);
+    slot.text.assign(text);  // reuses the buffer of the slot's earlier texts
+    slot.kind = Value::kText;
+    slot.translatable = translatable;
+    slot.tracker = tracker;
+  }
   // Empties slot id and hands its cell over; null for an empty slot or one never stored.
-  std::unique_ptr<OmCellText> Take(int id);
+  std::unique_ptr<OmCellText> Take(int id) {
+    const std::size_t index = std::size_t(id);
+    if (id < 0 || index >= _slots.size()) return nullptr;
+    if (index < _values.size() && _values[index].kind != Value::kNone) return Make(_values[index]);
+    return std::move(_slots[index]);
+  }
   // The cell in slot id, or null; the slot keeps it.
   OmCellText* Peek(int id) const;
   // Empties slot id, if it holds anything, without making its cell.
-  void Discard(int id);
+  void Discard(int id) {
+    const std::size_t index = std::size_t(id);
+    if (id < 0 || index >= _slots.size()) return;
+    if (index < _values.size()) {
+      Value& value = _values[index];
+      value.kind = Value::kNone;
+      if (value.text.capacity() > kKeptTextCapacity) std::string().swap(value.text);
+    }
+    _slots[index].reset();
+  }
   // Destroys every cell and shrinks the table to nothing.
   void Clear();
   std::size_t Size() const { return _slots.size(); }
@@ -56,8 +85,20 @@ private:
     std::string text;
   };
 
-  // Slot id ready for a new value: its cell destroyed, the tables long enough.
-  Value& ValueSlot(int id);
+  // A waiting text buffer grown beyond this is given back when the slot is emptied.
+  static constexpr std::size_t kKeptTextCapacity = 256;
+
+  // Slot id (below kValueIds) ready for a new value: its cell destroyed, the tables long enough.
+  Value& ValueSlot(int id) {
+    const std::size_t index = std::size_t(id);
+    if (index >= _values.size()) Grow(index + 1);
+    _slots[index].reset();
+    return _values[index];
+  }
+  void Grow(std::size_t size);
+  // Stores the cell of a value at once (ids at or above kValueIds).
+  void MakeNumber(int id, double value, std::uint32_t format, icuTracker* tracker);
+  void MakeText(int id, std::string_view text, bool translatable, icuTracker* tracker);
   std::unique_ptr<OmCellText> Make(Value& value) const;
 
   // Peek makes a waiting cell, which changes how a slot holds its content but not the content.

@@ -64,8 +64,9 @@ unsigned VariableDisplay(std::int32_t display) {
 
 void OmFactory::Data::ProcessMessage(short code, unsigned length, const void* payload) {
   using enum MessageCode;
-  ProcessNonBagpipeMessage(code, length, payload);
-  if (code < kFirstOutputCode || code > kLastOutputCode) return;
+  // The session messages all lie below the output range.
+  if (code < kFirstOutputCode) return ProcessNonBagpipeMessage(code, length, payload);
+  if (code > kLastOutputCode) return;
   OmPayload message(code, length, payload, _swapBytes);
   switch (message.Code()) {
     case IPC_NUMBER:

@@ -126,7 +126,13 @@ struct MPRubinAlgorithm::Data {
   bool covariances = false; // whether the first imputation gave a covariance matrix
   int k = 0;                // terms per imputation
   std::vector<std::vector<double>> estimates; // one row per imputation
-  std::vector<double> sumU;                   // sum of the imputations' k x k covariances
+  // Sum of the imputations' k x k covariances; without covariances only its diagonal, the sums
+  // of squared standard errors (k values: a model of many terms must not cost k x k).
+  std::vector<double> sumU;
+  double SumU(std::size_t i, std::size_t j) const {
+    if (covariances) return sumU[i * std::size_t(k) + j];
+    return i == j ? sumU[i] : 0.0;
+  }
   bool combined = false;
   double completeDf = 0.0;
   std::vector<Term> terms; // after Combine
@@ -204,7 +210,7 @@ MCStatus MPRubinAlgorithm::AddImputation(const MPParamContainer& params) {
     my.k = static_cast<int>(k);
     my.count = count;
     my.covariances = withCovariances;
-    my.sumU.assign(k * k, 0.0);
+    my.sumU.assign(withCovariances ? k * k : k, 0.0);
   }
   my.estimates.push_back(q);
   if (withCovariances) {
@@ -212,7 +218,7 @@ MCStatus MPRubinAlgorithm::AddImputation(const MPParamContainer& params) {
       my.sumU[i] += cov[i];
   } else if (withVariance) {
     for (std::size_t i = 0; i < k; ++i)
-      my.sumU[i * k + i] += se[i] * se[i];
+      my.sumU[i] += se[i] * se[i];
   }
   return MCStatus();
 }
@@ -245,7 +251,7 @@ MCStatus MPRubinAlgorithm::Combine(MPParamContainer& params) {
       squares += (row[j] - term.qbar) * (row[j] - term.qbar);
     term.b = squares / (m - 1);
     if (withVariance) {
-      term.w = my.sumU[j * k + j] / m;
+      term.w = my.SumU(j, j) / m;
       term.t = term.w + (1.0 + 1.0 / m) * term.b;
       term.v = DegreesOfFreedom(m, term.b, term.t, my.completeDf);
     }
@@ -398,8 +404,9 @@ MCStatus MPRubinAlgorithm::WaldTest(const std::vector<double>& nullValues,
   df[0] = static_cast<double>(k);
 
   std::vector<double> ubar(k * k);
-  for (std::size_t i = 0; i < k * k; ++i)
-    ubar[i] = my.sumU[i] / m;
+  for (std::size_t i = 0; i < k; ++i)
+    for (std::size_t j = 0; j < k; ++j)
+      ubar[i * k + j] = my.SumU(i, j) / m;
   // Between-imputation covariance of the estimates, stored by columns for the solves below.
   std::vector<std::vector<double>> bColumns(k, std::vector<double>(k, 0.0));
   for (std::size_t i = 0; i < k; ++i)

@@ -28,7 +28,7 @@ public:
 
   std::size_t Count() const { return _count; }
   std::size_t Bytes() const {
-    return _keys.capacity() * sizeof(std::uint64_t) + _values.capacity() * sizeof(OmCellText*);
+    return _values.size() * _words * sizeof(std::uint64_t) + _values.capacity() * sizeof(OmCellText*);
   }
   std::size_t Capacity() const { return _values.size(); }
   OmCellText* ValueAt(std::size_t slot) const { return _values[slot]; }
@@ -115,7 +115,10 @@ public:
         --_count;
       }
     }
-    Rehash(_values.size());  // closes the gaps the probing sequences rely on
+    // Closes the gaps the probing sequences rely on, in an index sized for the cells left.
+    std::size_t capacity = 16;
+    while (_count * 10 > capacity * 7) capacity *= 2;
+    Rehash(std::min(capacity, _values.size()));
   }
 
   void Clear() {
@@ -173,6 +176,10 @@ private:
   std::size_t Locate(const std::uint64_t* key) const {
     const std::size_t mask = _values.size() - 1;
     std::size_t slot = HashKey(key) & mask;
+    if (_words == 1) {  // the common case, without a call to compare one word
+      while (_values[slot] != nullptr && _keys[slot] != key[0]) slot = (slot + 1) & mask;
+      return slot;
+    }
     while (_values[slot] != nullptr && !std::equal(key, key + _words, &_keys[slot * _words])) {
       slot = (slot + 1) & mask;
     }
@@ -232,14 +239,14 @@ private:
     }
     // Every buffer is allocated before the store changes: running out of memory here leaves
     // the cells where they were, owned by the store.
-    std::vector<std::uint64_t> keys(_values.size() * words, 0);
+    Keys keys = std::make_unique_for_overwrite<std::uint64_t[]>(_values.size() * words);
     std::vector<OmCellText*> values(_values.size(), nullptr);
     std::vector<int> coords(fields.size(), 0);
     // Every key is decoded with the old layout into one reused buffer and inserted afresh.
     _runMask = runMask;
     const std::vector<Field> oldFields = std::exchange(_fields, std::move(fields));
     const std::size_t oldWords = std::exchange(_words, words);
-    const std::vector<std::uint64_t> oldKeys = std::exchange(_keys, std::move(keys));
+    const Keys oldKeys = std::exchange(_keys, std::move(keys));
     const std::vector<OmCellText*> oldValues = std::exchange(_values, std::move(values));
     _count = 0;
     for (std::size_t slot = 0; slot < oldValues.size(); ++slot) {
@@ -252,7 +259,7 @@ private:
   }
 
   void Rehash(std::size_t capacity) {
-    std::vector<std::uint64_t> keys(capacity * _words, 0);
+    Keys keys = std::make_unique_for_overwrite<std::uint64_t[]>(capacity * _words);
     std::vector<OmCellText*> values(capacity, nullptr);
     keys.swap(_keys);
     values.swap(_values);
@@ -280,7 +287,10 @@ private:
   std::size_t _fast = 0;
   std::uint64_t _runMask = 0;
   std::size_t _words = 1;
-  std::vector<std::uint64_t> _keys;
+  // Slot i's key is words i * _words ...; only the keys of occupied slots are ever read, so the
+  // words are left unset (zero-filling them cost a tenth of building a large table).
+  using Keys = std::unique_ptr<std::uint64_t[]>;
+  Keys _keys = std::make_unique<std::uint64_t[]>(0);
   std::vector<OmCellText*> _values;
   std::size_t _count = 0;
 };

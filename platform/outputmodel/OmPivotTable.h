@@ -101,6 +101,9 @@ public:
   void Cell(const Coordinates& coords, std::unique_ptr<OmCellText> cell);
   // Removes the cell there and hands it over (null if none).
   std::unique_ptr<OmCellText> TakeCell(const Coordinates& coords);
+  // Destroys the cells whose coordinate on dimension d is one of leaves, in one pass over the
+  // cells (removing them one by one costs a look-up each).
+  void DropCells(int d, const std::vector<int>& leaves);
   std::size_t NCells() const;
   // Bytes the cell index occupies (keys and pointers, not the cells themselves).
   std::size_t CellIndexBytes() const;
@@ -178,8 +181,6 @@ public:
 private:
   friend class OmDimension;
   friend class Iterator;
-  // Removes the cells whose coordinate on dimension d is one of leaves.
-  void DropCells(int d, const std::vector<int>& leaves);
 
   struct Data;
   std::unique_ptr<Data> _my;

@@ -236,6 +236,29 @@ TEST(OmPivotTable, HoldsAMillionCellsCompactly) {
   EXPECT_LT(t.CellIndexBytes() / t.NCells(), 50u);
 }
 
+// A bootstrapped table keeps one sample in a thousand: the index must shrink with its cells.
+TEST(OmPivotTable, DroppingMostCellsKeepsTheRestAndGivesBackTheIndex) {
+  OmPivotTable t(S("t"), S("t"));
+  t.AddDimension(S("variables"));
+  t.AddDimension(S("samples"));
+  for (int v = 0; v < 100; ++v) {
+    for (int k = 0; k < 500; ++k) t.Cell({v, k}, OmNumber(v * 1000 + k));
+  }
+  const std::size_t fullIndex = t.CellIndexBytes();
+  std::vector<int> samples;
+  for (int k = 1; k < 500; ++k) samples.push_back(k);
+  t.DropCells(1, samples);
+  ASSERT_EQ(t.NCells(), 100u);
+  for (int v = 0; v < 100; ++v) {
+    EXPECT_EQ(ValueAt(t, {v, 0}), v * 1000) << v;
+    EXPECT_EQ(t.Cell({v, 1}), nullptr) << v;
+  }
+  EXPECT_LT(t.CellIndexBytes() * 100, fullIndex);
+  t.Cell({5, 7}, OmNumber(1));  // the shrunk index still takes new cells
+  EXPECT_EQ(ValueAt(t, {5, 7}), 1);
+  EXPECT_EQ(t.NCells(), 101u);
+}
+
 TEST(OmPivotTable, OverTheCellLimitTheTableIsScratched) {
   OmPivotTable t(S("t"), S("t"));
   t.AddDimension(S("a"));
