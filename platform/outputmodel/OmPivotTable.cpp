@@ -7,6 +7,10 @@
 #include <unordered_set>
 #include <utility>
 
+#ifdef __linux__
+#include <sys/mman.h>
+#endif
+
 #include "platform/errors/OMSException.h"
 
 namespace {
@@ -131,6 +135,9 @@ public:
 
 private:
   static constexpr std::size_t kMaxWords = 64;
+  // Slot i's key is words i * _words ...; only the keys of occupied slots are ever read, so the
+  // words are left unset (zero-filling them cost a tenth of building a large table).
+  using Keys = std::unique_ptr<std::uint64_t[]>;
   // Cells differing only in these low bits of the fast dimension's coordinate are neighbours:
   // 16 slots, two cache lines of cell pointers.
   static constexpr int kRunBits = 4;
@@ -239,8 +246,8 @@ private:
     }
     // Every buffer is allocated before the store changes: running out of memory here leaves
     // the cells where they were, owned by the store.
-    Keys keys = std::make_unique_for_overwrite<std::uint64_t[]>(_values.size() * words);
-    std::vector<OmCellText*> values(_values.size(), nullptr);
+    Keys keys = NewKeys(_values.size() * words);
+    std::vector<OmCellText*> values = NewValues(_values.size());
     std::vector<int> coords(fields.size(), 0);
     // Every key is decoded with the old layout into one reused buffer and inserted afresh.
     _runMask = runMask;
@@ -259,8 +266,8 @@ private:
   }
 
   void Rehash(std::size_t capacity) {
-    Keys keys = std::make_unique_for_overwrite<std::uint64_t[]>(capacity * _words);
-    std::vector<OmCellText*> values(capacity, nullptr);
+    Keys keys = NewKeys(capacity * _words);
+    std::vector<OmCellText*> values = NewValues(capacity);
     keys.swap(_keys);
     values.swap(_values);
     _count = 0;
@@ -272,6 +279,34 @@ private:
       _values[to] = values[slot];
       ++_count;
     }
+  }
+
+  // Index arrays of large tables ask for transparent huge pages before their memory is first
+  // touched: filling a fresh index of many megabytes otherwise takes a page fault every 4 KiB,
+  // which cost more than the reinsertion itself.
+  static void PreferHugePages(const void* block, std::size_t bytes) {
+#ifdef __linux__
+    constexpr std::uintptr_t kPage = 4096;
+    if (bytes < (std::size_t(4) << 20)) return;
+    const std::uintptr_t begin = (reinterpret_cast<std::uintptr_t>(block) + kPage - 1) & ~(kPage - 1);
+    const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(block) + bytes) & ~(kPage - 1);
+    if (end > begin) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);  // advice only
+#else
+    (void)block;
+    (void)bytes;
+#endif
+  }
+  static Keys NewKeys(std::size_t words) {
+    Keys keys = std::make_unique_for_overwrite<std::uint64_t[]>(words);
+    PreferHugePages(keys.get(), words * sizeof(std::uint64_t));
+    return keys;
+  }
+  static std::vector<OmCellText*> NewValues(std::size_t slots) {
+    std::vector<OmCellText*> values;
+    values.reserve(slots);
+    PreferHugePages(values.data(), slots * sizeof(OmCellText*));
+    values.assign(slots, nullptr);
+    return values;
   }
 
   void Insert(const std::vector<int>& coords, OmCellText* cell) {
@@ -287,9 +322,6 @@ private:
   std::size_t _fast = 0;
   std::uint64_t _runMask = 0;
   std::size_t _words = 1;
-  // Slot i's key is words i * _words ...; only the keys of occupied slots are ever read, so the
-  // words are left unset (zero-filling them cost a tenth of building a large table).
-  using Keys = std::unique_ptr<std::uint64_t[]>;
   Keys _keys = std::make_unique<std::uint64_t[]>(0);
   std::vector<OmCellText*> _values;
   std::size_t _count = 0;
