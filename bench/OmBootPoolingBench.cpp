@@ -118,18 +118,13 @@ void BM_BootstrapPooling(benchmark::State& state) {
   const int replicates = int(state.range(1));
   const bool bca = state.range(2) != 0;
   const std::int64_t cells = std::int64_t(variables) * kNStatistics;
-  double best = std::numeric_limits<double>::max();
-  for (auto _ : state) {
+  const double best = BestIterationSeconds(state, [&](std::string& error) {
     bool pooled = false;
     const double seconds = TimePooling(variables, replicates, bca, &pooled);
-    if (!pooled) {
-      state.SkipWithError("the table was not pooled");
-
-      break;
-    }
-    state.SetIterationTime(seconds);
-    best = std::min(best, seconds);
-  }
+    if (pooled) return seconds;
+    error = "the table was not pooled";
+    return -1.0;
+  });
   state.SetItemsProcessed(state.iterations() * cells);
   state.counters["ns/cell/rep"] = best * 1e9 / double(cells * replicates);
 }

@@ -138,17 +138,13 @@ void BM_ImputationPooling(benchmark::State& state) {
   const int imputations = int(state.range(1));
   const std::int64_t pooledCells = std::int64_t(groups) * kNStatistics;
   const std::size_t expected = std::size_t(pooledCells) * std::size_t(imputations + 2);
-  double best = std::numeric_limits<double>::max();
-  for (auto _ : state) {
+  const double best = BestIterationSeconds(state, [&](std::string& error) {
     std::size_t cells = 0;
     const double seconds = TimePooling(groups, imputations, &cells);
-    if (cells != expected) {
-      state.SkipWithError(("pooled table holds " + std::to_string(cells) + " cells").c_str());
-      break;
-    }
-    state.SetIterationTime(seconds);
-    best = std::min(best, seconds);
-  }
+    if (cells == expected) return seconds;
+    error = "pooled table holds " + std::to_string(cells) + " cells";
+    return -1.0;
+  });
   state.SetItemsProcessed(state.iterations() * pooledCells);
   state.counters["ns/cell/imp"] = best * 1e9 / double(pooledCells * imputations);
 }
@@ -177,8 +173,7 @@ void BM_CoefficientsPooling(benchmark::State& state) {
   AllOutput output;
   const int terms = int(state.range(0));
   const int imputations = int(state.range(1));
-  double best = std::numeric_limits<double>::max();
-  for (auto _ : state) {
+  const double best = BestIterationSeconds(state, [&](std::string& error) {
     std::unique_ptr<OmPivotTable> table = Coefficients(terms, imputations);
     const OmStringCell procedure("Regression", true);
     OmMIPooler pooler(&procedure, nullptr, true, true, true, false);
@@ -186,13 +181,12 @@ void BM_CoefficientsPooling(benchmark::State& state) {
     pooler.Visit(*table);
     const double seconds = OmThreadSeconds() - start;
     // The pooled model is one more imputation category, filled for every term.
-    if (table->Size(2) != imputations + 2 || table->Cell({terms - 1, 0, imputations + 1}) == nullptr) {
-      state.SkipWithError("the coefficients were not pooled");
-      break;
+    if (table->Size(2) == imputations + 2 && table->Cell({terms - 1, 0, imputations + 1})) {
+      return seconds;
     }
-    state.SetIterationTime(seconds);
-    best = std::min(best, seconds);
-  }
+    error = "the coefficients were not pooled";
+    return -1.0;
+  });
   state.SetItemsProcessed(state.iterations() * terms);
   state.counters["ns/term/imp"] = best * 1e9 / double(terms) / double(imputations);
 }
