@@ -56,6 +56,18 @@ public:
     if (index < _values.size() && _values[index].kind != Value::kNone) return Make(_values[index]);
     return std::move(_slots[index]);
   }
+  // When slot id holds a waiting text: empties the slot, swapping its text into `into` (both keep
+  // their buffers, so a caller that reuses `into` allocates nothing), and gives true with the
+  // text's translatable flag; otherwise false and nothing changes.
+  bool TakeText(int id, std::string& into, bool& translatable) {
+    const std::size_t index = std::size_t(id);
+    if (id < 0 || index >= _values.size() || _values[index].kind != Value::kText) return false;
+    Value& value = _values[index];
+    value.kind = Value::kNone;
+    into.swap(value.text);
+    translatable = value.translatable;
+    return true;
+  }
   // The cell in slot id, or null; the slot keeps it.
   OmCellText* Peek(int id) const;
   // Empties slot id, if it holds anything, without making its cell.

@@ -528,15 +528,24 @@ void OmFactory::Data::OnTableMessage(OmPayload& message) {
       OmPivotFactory* builder = BuilderOrDiscard(tcid, true, valueId, categoryId);
       if (builder == nullptr) break;
       std::unique_ptr<OmCellText> value = _cells.Take(valueId);
-      std::unique_ptr<OmCellText> category = _cells.Take(categoryId);
+      // A plain text label (nearly every cell's) is looked up as text; its cell is made only
+      // for a category the dimension does not have yet.
+      bool translatable = false;
+      const bool text = _cells.TakeText(categoryId, _labelText, translatable);
+      std::unique_ptr<OmCellText> category = text ? nullptr : _cells.Take(categoryId);
       Required(message, value, valueId, "value cell id");
-      Required(message, category, categoryId, "category cell id");
+      if (!text) Required(message, category, categoryId, "category cell id");
       value->Accept(_tableFixer);
-      category->Accept(_tableFixer);
+      if (category) category->Accept(_tableFixer);
       const int d = builder->CellDimension();
       builder->SelectCellDimension();
-      category->setICUTracker(builder->Table().getICUTracker());
-      builder->SetCategory(d, *category);
+      if (text && !builder->SetExistingCategory(d, _labelText)) {
+        category = std::make_unique<OmStringCell>(_labelText, translatable);
+      }
+      if (category) {
+        category->setICUTracker(builder->Table().getICUTracker());
+        builder->SetCategory(d, *category);
+      }
       builder->Cell(std::move(value));
       break;
     }

@@ -292,6 +292,21 @@ void OmPivotFactory::SetCategory(int d, const OmCellText& label) {
   my._coordinates[std::size_t(d)] = leaf;
 }
 
+bool OmPivotFactory::SetExistingCategory(int d, std::string_view text) {
+  Data& my = *_my;
+  my.CheckDimension("SetCategory", d);
+  OmDimensionNode* parent = my._dimensions[std::size_t(d)]._node;
+  const int i = parent->FindCategoryText(text);
+  if (i < 0) return false;
+  const int leaf = parent->Child(std::size_t(i))->LeafIndex();
+  if (leaf == -1) {
+    throw OMSException(Where("SetCategory", "_my->_dimensions.size() != 0"), -1, 0);
+  }
+  my._currentCategory[std::size_t(d)] = i;
+  my._coordinates[std::size_t(d)] = leaf;
+  return true;
+}
+
 void OmPivotFactory::Cell(const OmCellText& value) {
   _my->_table->Cell(_my->ClampedCoordinates(), value);
   _my->_firstCell = false;

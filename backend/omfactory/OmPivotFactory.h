@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "backend/tables/PuppetVector.h"
 #include "platform/outputmodel/OmOutputPart.h"
@@ -61,6 +62,9 @@ public:
   void EndGroup(int d);
   // Makes the category labelled label (added when absent) current in d; sets d's coordinate.
   void SetCategory(int d, const OmCellText& label);
+  // The same for a plain text label, when d already has that category: false (nothing changed)
+  // when it has not, and the caller makes the label cell for SetCategory.
+  bool SetExistingCategory(int d, std::string_view text);
   // Stores the cell at the current coordinates (a copy, or the cell itself).
   void Cell(const OmCellText& value);
   void Cell(std::unique_ptr<OmCellText> value);

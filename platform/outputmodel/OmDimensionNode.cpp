@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <mutex>
+#include <typeinfo>
 
 #include <unicode/coll.h>
 #include <unicode/locid.h>
@@ -9,6 +10,7 @@
 #include "platform/errors/OMSException.h"
 #include "platform/outputmodel/OmNumDataValue.h"
 #include "platform/outputmodel/OmNumber.h"
+#include "platform/outputmodel/OmStringCell.h"
 #include "platform/outputmodel/OmStringCellUTF8.h"
 #include "platform/strings/CodePage.h"
 #include "platform/strings/icuTracker.h"
@@ -170,6 +172,28 @@ int OmDimensionNode::FindChild(const OmCellText& label, bool group) const {
     const auto& c = *_children[std::size_t(it->second)];
     if (c._group == group && c._label && c._label->Equals(label) &&
         (found < 0 || it->second < found)) {
+      found = it->second;
+    }
+  }
+  return found;
+}
+
+int OmDimensionNode::FindCategoryText(std::string_view text) const {
+  // What Equals decides for an OmStringCell(text): the same dynamic type, the same shown text.
+  auto matches = [text](const OmDimensionNode& c) {
+    if (c._group || !c._label || typeid(*c._label) != typeid(OmStringCell)) return false;
+    return static_cast<const OmStringCell&>(*c._label).ShownText() == text;
+  };
+  if (_children.size() < kIndexThreshold) {
+    for (std::size_t i = 0; i < _children.size(); ++i) {
+      if (matches(*_children[i])) return int(i);
+    }
+    return -1;
+  }
+  int found = -1;
+  auto [first, last] = LookupIndex().equal_range(OmStringCell::HashOf(text));
+  for (auto it = first; it != last; ++it) {
+    if (matches(*_children[std::size_t(it->second)]) && (found < 0 || it->second < found)) {
       found = it->second;
     }
   }

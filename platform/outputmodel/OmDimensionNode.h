@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -56,6 +57,9 @@ public:
   // The position of the first child whose label equals label and which is a group (group true)
   // or not a group (group false); -1 if none. Hashed once a node has many children.
   int FindChild(const OmCellText& label, bool group) const;
+  // FindChild(OmStringCell(text), false) without making the cell: the first category (not a
+  // group) whose label is a plain string cell showing text; -1 if none.
+  int FindCategoryText(std::string_view text) const;
 
   // The leaf indices of the categories in this subtree (this node's own if it is one), in order.
   void CollectLeaves(std::vector<int>& leaves) const;

@@ -17,6 +17,9 @@ std::int16_t OmStringCell::Compare(const OmCellText& other) const {
   return Sign(_shown.compare(static_cast<const OmStringCell&>(other)._shown));
 }
 
-std::size_t OmStringCell::Hash() const {
-  return HashMix(std::size_t(kString), std::hash<std::string>()(_shown));
+std::size_t OmStringCell::Hash() const { return HashOf(_shown); }
+
+std::size_t OmStringCell::HashOf(std::string_view shown) {
+  // std::hash of a string and of a view of the same characters agree.
+  return HashMix(std::size_t(kString), std::hash<std::string_view>()(shown));
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "platform/outputmodel/OmCellText.h"
 
@@ -33,6 +34,8 @@ public:
   // Compares the shown texts byte for byte.
   std::int16_t Compare(const OmCellText& other) const override;
   std::size_t Hash() const override;
+  // Hash() of a string cell showing shown, without making the cell.
+  static std::size_t HashOf(std::string_view shown);
 
 private:
   std::string _key;

@@ -403,7 +403,14 @@ std::string OmTextRenderer::RenderPart(const OmOutputPart& part, int level) cons
     return Indent("Page Title: " + joined + excluded + "\n", pad);
   }
   if (dynamic_cast<const OmHeading*>(&part)) return Indent(part.LabelText() + excluded + "\n", pad);
-  return Indent("[" + std::string(part.KindName()) + "] " + part.LabelText() + excluded + "\n", pad);
+  // Appended piece by piece: GCC 12 at -O3 warns falsely (-Wrestrict) on "[" + std::string(...).
+  std::string line = "[";
+  line += part.KindName();
+  line += "] ";
+  line += part.LabelText();
+  line += excluded;
+  line += "\n";
+  return Indent(line, pad);
 }
 
 std::string OmTextRenderer::Render(OmOutputTree& tree) const {

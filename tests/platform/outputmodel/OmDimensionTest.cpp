@@ -65,6 +65,30 @@ TEST(OmDimension, FindChildStaysCorrectWithManyChildrenAndAfterReordering) {
   EXPECT_EQ(dim.FindChild(root, OmNumber(0), false), 5000);
 }
 
+// The factory finds a cell's category by its label text without making the label cell: that
+// look-up must answer exactly as FindChild with a made OmStringCell does, among labels of other
+// kinds showing the same text, groups, duplicates, and with few children and with many (hashed).
+TEST(OmDimensionNode, FindCategoryTextAnswersAsFindChildWithAStringCell) {
+  for (int extra : {0, 40}) {
+    OmDimension dim(S("d"));
+    auto* root = &dim.Root();
+    dim.Child(root, -1, S("N"), true);                             // a group with the text
+    dim.Child(root, -1, OmVariable("N", "N"), false);              // another kind, same text
+    dim.Child(root, -1, OmStringCellUTF8("Mean"), false);          // a subclass, same text
+    dim.Child(root, -1, S("Mean"), false);
+    dim.Child(root, -1, OmStringCell("N", true), false);           // translatable: still equal
+    dim.Child(root, -1, S("Mean"), false);                         // a duplicate: the first wins
+    dim.Child(root, -1, S(""), false);
+    for (int i = 0; i < extra; ++i) dim.Child(root, -1, S("c" + std::to_string(i)), false);
+    for (const char* text : {"N", "Mean", "", "c7", "c39", "missing", "Mea"}) {
+      EXPECT_EQ(root->FindCategoryText(text), dim.FindChild(root, S(text), false))
+          << "'" << text << "' among " << root->NChildren();
+    }
+    EXPECT_EQ(root->FindCategoryText("Mean"), 3);
+    EXPECT_EQ(root->FindCategoryText("N"), 4);
+  }
+}
+
 TEST(OmDimension, CounterpartFollowsTheSamePath) {
   OmDimension a(S("d"));
   auto* g = a.Child(&a.Root(), -1, S("g"), true);
