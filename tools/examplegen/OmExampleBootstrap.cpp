@@ -8,6 +8,7 @@
 
 #include "platform/bootspecs/SvrBootstrapSpecs.h"
 #include "tools/examplegen/OmExampleStreams.h"
+#include "tools/examplegen/OmExampleWriter.h"
 
 namespace {
 
@@ -15,8 +16,7 @@ constexpr std::uint8_t kTable = 3;
 constexpr int kSamples = 1000;
 constexpr const char* kSplit = "$bootstrap_split";
 
-// Protocol number formats: type F in bits 16-23, width in 8-15, decimals in 0-7.
-constexpr std::int32_t F(std::int32_t decimals) { return (5 << 16) | (8 << 8) | decimals; }
+constexpr auto F = OmExampleF;
 
 struct Variable {
   const char* name;
@@ -46,14 +46,10 @@ private:
 
 // Writes the procedure's messages; each message takes the cells it names from the slots written
 // just before it, so a label is written again every time it is used.
-class Writer {
+class Writer : public OmExampleWriter {
 public:
-  explicit Writer(OmStreamWriter& out) : _out(out) {}
+  using OmExampleWriter::OmExampleWriter;
 
-  std::int32_t Text(const std::string& text, std::int32_t literal = 0) {
-    _out.String(Next(), text, literal);
-    return _id;
-  }
   std::int32_t Split() {
     _out.Variable(Next(), 2, kSplit, "");
     return _id;
@@ -63,8 +59,7 @@ public:
     return _id;
   }
   void Cell(double value, std::int32_t format, const char* statistic) {
-    _out.Number(Next(), value, format);
-    const std::int32_t v = _id;
+    const std::int32_t v = Number(value, format);
     _out.Cell(kTable, v, Text(statistic));
   }
 
@@ -109,15 +104,6 @@ public:
     }
     _out.EndNode();
   }
-
-private:
-  std::int32_t Next() {
-    _id = _id % 40 + 1;
-    return _id;
-  }
-
-  OmStreamWriter& _out;
-  std::int32_t _id = 0;
 };
 
 }  // namespace

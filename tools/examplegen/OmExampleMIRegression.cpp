@@ -5,14 +5,14 @@
 #include <vector>
 
 #include "tools/examplegen/OmExampleStreams.h"
+#include "tools/examplegen/OmExampleWriter.h"
 
 namespace {
 
 constexpr std::uint8_t kTable = 2;
 constexpr int kImputations = 5;
 
-// Protocol number formats: type F in bits 16-23, width in 8-15, decimals in 0-7.
-constexpr std::int32_t F(std::int32_t decimals) { return (5 << 16) | (8 << 8) | decimals; }
+constexpr auto F = OmExampleF;
 // The interval's level, shown as "95%".
 constexpr std::int32_t kPercent = (7 << 16) | (4 << 8);
 
@@ -40,18 +40,10 @@ const char* const kLabels[3] = {"Household income (thousands)", "Age in years", 
 
 // Writes the procedure's messages; each message takes the cells it names from the slots written
 // just before it, so a label is written again every time it is used.
-class Writer {
+class Writer : public OmExampleWriter {
 public:
-  explicit Writer(OmStreamWriter& out) : _out(out) {}
+  using OmExampleWriter::OmExampleWriter;
 
-  std::int32_t Text(const std::string& text, std::int32_t literal = 0) {
-    _out.String(Next(), text, literal);
-    return _id;
-  }
-  std::int32_t Number(double value, std::int32_t format) {
-    _out.Number(Next(), value, format);
-    return _id;
-  }
   std::int32_t Variable(int v) {
     _out.Variable(Next(), 2, kVariables[v], kLabels[v]);
     return _id;
@@ -95,15 +87,6 @@ public:
     Cell(upper, F(3), "Upper Bound");
     _out.EndGroup(kTable, Text("Statistics"));
   }
-
-private:
-  std::int32_t Next() {
-    _id = _id % 40 + 1;
-    return _id;
-  }
-
-  OmStreamWriter& _out;
-  std::int32_t _id = 0;
 };
 
 }  // namespace
