@@ -15,14 +15,21 @@
 
 namespace {
 
-// Sparse cell storage: each cell's coordinates are packed into a key of one or more 64-bit words
-// (a bit field per dimension, just wide enough for the coordinates seen so far), held in an
-// open-addressing hash table with linear probing. Per cell this costs the key words and one
-// pointer over a load of at most 0.7: about 23 bytes for tables whose fields fit in one word.
-// Tables are mostly filled in order, one dimension (the cell dimension) changing from cell to
-// cell: that dimension's field takes the lowest bits, and its lowest kRunBits bits are added to
-// the hash rather than mixed into it, so that a run of cells lands in neighbouring slots and
-// costs one cache miss instead of one per cell.
+// Sparse cell storage. Each cell's coordinates are packed into a key of one or more 64-bit words
+// (a bit field per dimension, just wide enough for the coordinates seen so far). The fast (cell)
+// dimension takes the lowest bits and the others follow from the last to the first, so that keys
+// compared from their top word down order cells as their coordinates compare, first dimension
+// first and the fast one last.
+//
+// Cells live in a log: keys and cells side by side in two dense arrays, in the order they were
+// first stored; a cell taken leaves a hole until the log is compacted. Tables are mostly filled
+// in key order, and while they are the log is sorted: a new cell is appended, nothing is hashed
+// and a look-up is a binary search. The first cell out of order, or more look-ups than binary
+// searches answer cheaply, add an index: an open-addressing hash table of log positions (linear
+// probing, load at most 0.7). Building it moves no cell, so iterators stay valid across
+// look-ups. In the index the fast dimension's lowest kRunBits bits are added to the hash rather
+// than mixed into it, so that a run of cells lands in neighbouring slots: one cache miss per run
+// instead of one per cell.
 class CellStore {
 public:
   CellStore() = default;
@@ -32,12 +39,14 @@ public:
 
   std::size_t Count() const { return _count; }
   std::size_t Bytes() const {
-    return _values.size() * _words * sizeof(std::uint64_t) + _values.capacity() * sizeof(OmCellText*);
+    return _keyRoom * sizeof(std::uint64_t) + _values.capacity() * sizeof(OmCellText*) +
+           _index.capacity() * sizeof(Slot);
   }
+  // Positions in the log run from 0 to Capacity(); a hole's value is null.
   std::size_t Capacity() const { return _values.size(); }
   OmCellText* ValueAt(std::size_t slot) const { return _values[slot]; }
 
-  // The first occupied slot at or after slot; Capacity() when none.
+  // The first occupied position at or after slot; Capacity() when none.
   std::size_t NextSlot(std::size_t slot) const {
     while (slot < _values.size() && _values[slot] == nullptr) ++slot;
     return slot;
@@ -45,7 +54,7 @@ public:
 
   std::vector<int> Decode(std::size_t slot) const {
     std::vector<int> coords(_fields.size(), 0);
-    const std::uint64_t* key = &_keys[slot * _words];
+    const std::uint64_t* key = KeyAt(slot);
     for (std::size_t d = 0; d < _fields.size(); ++d) coords[d] = Extract(key, _fields[d]);
     return coords;
   }
@@ -57,7 +66,7 @@ public:
     // While nothing is stored, the dimensions share one key word evenly, so that a table's
     // categories rarely outgrow their fields and force a repack of every stored key.
     const int share = n == 0 ? 0 : std::min<int>(31, int(64 / n));
-    if (_count == 0) widths.assign(n, share);
+    if (_values.empty()) widths.assign(n, share);
     widths.resize(n, 0);
     Relayout(widths);
   }
@@ -65,7 +74,7 @@ public:
   // Moves dimension d's field to the lowest bits. Only an empty store follows: repacking stored
   // keys on every hint would let a stream that switches cell dimensions cost cells x switches.
   void SetFastDimension(std::size_t d) {
-    if (d == _fast || _count != 0) return;
+    if (d == _fast || !_values.empty()) return;
     _fast = d;
     if (_fields.empty()) return;
     std::vector<int> widths;
@@ -73,74 +82,86 @@ public:
     Relayout(widths);
   }
 
-  OmCellText* Find(const std::vector<int>& coords) const {
+  // Not const: many look-ups add the index (the cells stay where they are).
+  OmCellText* Find(const std::vector<int>& coords) {
     if (_count == 0 || !Fits(coords)) return nullptr;
     std::uint64_t key[kMaxWords];
     Encode(coords, key);
-    std::size_t slot = Locate(key);
-    return _values[slot];
+    const std::size_t at = Position(key);
+    return at == kNowhere ? nullptr : _values[at];
   }
 
   // Stores cell (not null) and returns the cell that was there (or null).
   std::unique_ptr<OmCellText> Put(const std::vector<int>& coords, std::unique_ptr<OmCellText> cell) {
     Widen(coords);
-    if ((_count + 1) * 10 > _values.size() * 7) Rehash(std::max<std::size_t>(16, _values.size() * 2));
     std::uint64_t key[kMaxWords];
     Encode(coords, key);
-    std::size_t slot = Locate(key);
-    std::unique_ptr<OmCellText> old(_values[slot]);
-    if (!old) {
-      std::copy(key, key + _words, &_keys[slot * _words]);
-      ++_count;
+    if (!_sorted || !_values.empty()) {
+      const bool after = _sorted && Less(KeyAt(_values.size() - 1), key);
+      if (!after) {
+        const std::size_t at = Position(key);
+        if (at != kNowhere) {
+          if (_values[at] == nullptr) ++_count;
+          return std::unique_ptr<OmCellText>(std::exchange(_values[at], cell.release()));
+        }
+        if (_index.empty()) BuildIndex(IndexSizeFor(_values.size() + 1));
+        _sorted = false;
+      }
     }
-    _values[slot] = cell.release();
-    return old;
+    Append(key, std::move(cell));
+    return nullptr;
   }
 
   std::unique_ptr<OmCellText> Take(const std::vector<int>& coords) {
     if (_count == 0 || !Fits(coords)) return nullptr;
     std::uint64_t key[kMaxWords];
     Encode(coords, key);
-    std::size_t slot = Locate(key);
-    if (_values[slot] == nullptr) return nullptr;
-    std::unique_ptr<OmCellText> cell(_values[slot]);
-    EraseSlot(slot);
+    const std::size_t at = Position(key);
+    if (at == kNowhere || _values[at] == nullptr) return nullptr;
+    std::unique_ptr<OmCellText> cell(std::exchange(_values[at], nullptr));
+    --_count;
+    if (_index.empty() && at + 1 == _values.size()) {
+      _values.pop_back();  // the last cell of a log without index goes without a trace
+    } else if (_values.size() - _count > std::max<std::size_t>(kSearches, _count)) {
+      Compact(kNowhere, {});  // more holes than cells
+    }
     return cell;
   }
 
   // Destroys the cells whose coordinate on d is in leaves.
   void Drop(std::size_t d, const std::unordered_set<int>& leaves) {
     if (d >= _fields.size() || _count == 0) return;
-    for (std::size_t slot = 0; slot < _values.size(); ++slot) {
-      if (_values[slot] == nullptr) continue;
-      if (leaves.count(Extract(&_keys[slot * _words], _fields[d]))) {
-        delete _values[slot];
-        _values[slot] = nullptr;
-        --_count;
-      }
-    }
-    // Closes the gaps the probing sequences rely on, in an index sized for the cells left.
-    std::size_t capacity = 16;
-    while (_count * 10 > capacity * 7) capacity *= 2;
-    Rehash(std::min(capacity, _values.size()));
+    Compact(d, leaves);
   }
 
+  // Destroys every cell; the store starts again as an empty sorted log.
   void Clear() {
-    for (OmCellText*& v : _values) {
-      delete v;
-      v = nullptr;
-    }
+    for (OmCellText* v : _values) delete v;
+    _values = {};
+    _index = {};
+    _keys.reset();
+    _keyRoom = 0;
     _count = 0;
+    _sorted = true;
+    _searches = 0;
   }
 
 private:
   static constexpr std::size_t kMaxWords = 64;
-  // Slot i's key is words i * _words ...; only the keys of occupied slots are ever read, so the
-  // words are left unset (zero-filling them cost a tenth of building a large table).
+  // Position i's key is words i * _words ...; keys beyond the log are left unset.
   using Keys = std::unique_ptr<std::uint64_t[]>;
-  // Cells differing only in these low bits of the fast dimension's coordinate are neighbours:
-  // 16 slots, two cache lines of cell pointers.
+  static constexpr std::size_t kNowhere = std::size_t(-1);
+  static constexpr std::uint32_t kFree = 0xFFFFFFFFu;  // the position of an unused index slot
+  struct Slot {
+    std::uint32_t tag = 0;
+    std::uint32_t at = kFree;
+  };
+  // Cells differing only in these low bits of the fast dimension's coordinate are neighbours
+  // in the index: 16 slots, two cache lines.
   static constexpr int kRunBits = 4;
+  // Binary searches a sorted log answers before it adds an index: a few, plus one in 32 of its
+  // cells, so that searching never costs much more than building the index would have.
+  static constexpr std::size_t kSearches = 16;
   struct Field {
     int width = 0;
     int word = 0;
@@ -154,6 +175,20 @@ private:
 
   static int BitsFor(int c) { return c <= 0 ? 0 : std::bit_width(unsigned(c)); }
 
+  const std::uint64_t* KeyAt(std::size_t at) const { return &_keys[at * _words]; }
+
+  bool Equal(const std::uint64_t* a, const std::uint64_t* b) const {
+    return _words == 1 ? a[0] == b[0] : std::equal(a, a + _words, b);
+  }
+
+  // Key order: the top word first.
+  bool Less(const std::uint64_t* a, const std::uint64_t* b) const {
+    for (std::size_t w = _words; w-- > 0;) {
+      if (a[w] != b[w]) return a[w] < b[w];
+    }
+    return false;
+  }
+
   bool Fits(const std::vector<int>& coords) const {
     for (std::size_t d = 0; d < _fields.size(); ++d) {
       if (coords[d] < 0 || BitsFor(coords[d]) > _fields[d].width) return false;
@@ -162,13 +197,25 @@ private:
   }
 
   void Encode(const std::vector<int>& coords, std::uint64_t* key) const {
+    if (_words == 1) {  // built in a register: storing into the key field by field stalls
+      std::uint64_t word = 0;
+      for (std::size_t d = 0; d < _fields.size(); ++d) word |= std::uint64_t(coords[d]) << _fields[d].shift;
+      key[0] = word;
+      return;
+    }
     std::fill(key, key + _words, 0);
     for (std::size_t d = 0; d < _fields.size(); ++d) {
       if (_fields[d].width > 0) key[_fields[d].word] |= std::uint64_t(coords[d]) << _fields[d].shift;
     }
   }
 
-  std::size_t HashKey(const std::uint64_t* key) const {
+  // Where key's probe sequence starts, and a tag that tells most other keys from it without
+  // reading their keys in the log.
+  struct Hash {
+    std::size_t home;
+    std::uint32_t tag;
+  };
+  Hash HashOf(const std::uint64_t* key) const {
     std::uint64_t h = 0x243f6a8885a308d3ULL;
     for (std::size_t w = 0; w < _words; ++w) {
       std::uint64_t z = (w == 0 ? key[0] & ~_runMask : key[w]) + h + 0x9e3779b97f4a7c15ULL;
@@ -176,38 +223,122 @@ private:
       z = (z ^ (z >> 27)) * 0x94d049bb133111ebULL;
       h = z ^ (z >> 31);
     }
-    return std::size_t(h + (key[0] & _runMask));
+    const std::uint64_t run = key[0] & _runMask;
+    return Hash{std::size_t(h + run), std::uint32_t(h >> 32) + std::uint32_t(run)};
   }
 
-  // The slot holding key, or the empty slot where it would go. The table is never full.
-  std::size_t Locate(const std::uint64_t* key) const {
-    const std::size_t mask = _values.size() - 1;
-    std::size_t slot = HashKey(key) & mask;
-    if (_words == 1) {  // the common case, without a call to compare one word
-      while (_values[slot] != nullptr && _keys[slot] != key[0]) slot = (slot + 1) & mask;
-      return slot;
+  // The index slot holding key's position, or the free slot where it would go. The index is
+  // never full.
+  std::size_t Probe(const std::uint64_t* key, const Hash& hash) const {
+    const std::size_t mask = _index.size() - 1;
+    for (std::size_t slot = hash.home & mask;; slot = (slot + 1) & mask) {
+      const Slot& entry = _index[slot];
+      if (entry.at == kFree || (entry.tag == hash.tag && Equal(KeyAt(entry.at), key))) return slot;
     }
-    while (_values[slot] != nullptr && !std::equal(key, key + _words, &_keys[slot * _words])) {
-      slot = (slot + 1) & mask;
-    }
-    return slot;
   }
 
-  // Backward-shift deletion keeps every probe sequence unbroken without tombstones.
-  void EraseSlot(std::size_t slot) {
-    const std::size_t mask = _values.size() - 1;
-    _values[slot] = nullptr;
-    --_count;
-    std::size_t hole = slot;
-    for (std::size_t next = (hole + 1) & mask; _values[next] != nullptr; next = (next + 1) & mask) {
-      const std::size_t home = HashKey(&_keys[next * _words]) & mask;
-      // Move the entry into the hole unless its home lies cyclically in (hole, next].
-      const bool stays = (hole <= next) ? (hole < home && home <= next) : (hole < home || home <= next);
-      if (stays) continue;
-      _values[hole] = _values[next];
-      std::copy(&_keys[next * _words], &_keys[next * _words] + _words, &_keys[hole * _words]);
-      _values[next] = nullptr;
-      hole = next;
+  void IndexPosition(std::size_t at) {
+    const Hash hash = HashOf(KeyAt(at));
+    _index[Probe(KeyAt(at), hash)] = Slot{hash.tag, std::uint32_t(at)};
+  }
+
+  // Key's position in the log (its cell may be a hole), or kNowhere.
+  std::size_t Position(const std::uint64_t* key) {
+    if (_values.empty()) return kNowhere;
+    if (_index.empty()) {
+      const std::size_t last = _values.size() - 1;
+      if (Equal(KeyAt(last), key)) return last;  // the cell just stored, looked at most often
+      if (++_searches <= kSearches + _values.size() / 32) return Search(key);
+      BuildIndex(IndexSizeFor(_values.size() + 1));
+    }
+    const std::uint32_t at = _index[Probe(key, HashOf(key))].at;
+    return at == kFree ? kNowhere : at;
+  }
+
+  std::size_t Search(const std::uint64_t* key) const {
+    std::size_t low = 0, high = _values.size();
+    while (low < high) {
+      const std::size_t mid = low + (high - low) / 2;
+      if (Less(KeyAt(mid), key)) {
+        low = mid + 1;
+      } else {
+        high = mid;
+      }
+    }
+    return low < _values.size() && Equal(KeyAt(low), key) ? low : kNowhere;
+  }
+
+  static std::size_t IndexSizeFor(std::size_t entries) {
+    std::size_t size = 16;
+    while (entries * 10 > size * 7) size *= 2;
+    return size;
+  }
+
+  // A fresh index of every position in the log, of size slots (a power of two).
+  void BuildIndex(std::size_t size) {
+    std::vector<Slot> index;
+    index.reserve(size);
+    PreferHugePages(index.data(), index.capacity() * sizeof(Slot));
+    index.assign(index.capacity(), Slot{});
+    _index.swap(index);
+    for (std::size_t at = 0; at < _values.size(); ++at) IndexPosition(at);
+  }
+
+  void Append(const std::uint64_t* key, std::unique_ptr<OmCellText> cell) {
+    const std::size_t at = _values.size();
+    if (at + 1 >= kFree) throw OMSException("OmPivotTable::Cell -- too many cells", double(at));
+    // Everything that allocates comes before anything changes.
+    // Both arrays grow by half: a log holds its cells in at most 1.5 times their room.
+    const std::size_t grown = 16 + at + at / 2;
+    if ((at + 1) * _words > _keyRoom) {
+      const std::size_t room = grown * _words;
+      Keys keys = NewKeys(room);
+      std::copy(_keys.get(), _keys.get() + at * _words, keys.get());
+      _keys = std::move(keys);
+      _keyRoom = room;
+    }
+    if (at == _values.capacity()) {
+      std::vector<OmCellText*> values;
+      values.reserve(grown);
+      PreferHugePages(values.data(), values.capacity() * sizeof(OmCellText*));
+      values.assign(_values.begin(), _values.end());
+      _values.swap(values);
+    }
+    if (!_index.empty() && (at + 1) * 10 > _index.size() * 7) BuildIndex(2 * _index.size());
+    _values.push_back(nullptr);
+    std::copy(key, key + _words, &_keys[at * _words]);
+    _values.back() = cell.release();
+    ++_count;
+    if (!_index.empty()) IndexPosition(at);
+  }
+
+  // Closes the holes (and destroys the cells whose coordinate on d is in leaves, when d is a
+  // dimension), keeping the log's order; the index is rebuilt and memory given back when the
+  // log has shrunk to a quarter.
+  void Compact(std::size_t d, const std::unordered_set<int>& leaves) {
+    std::size_t kept = 0;
+    for (std::size_t at = 0; at < _values.size(); ++at) {
+      OmCellText* cell = _values[at];
+      if (cell == nullptr) continue;
+      if (d < _fields.size() && leaves.count(Extract(KeyAt(at), _fields[d]))) {
+        delete cell;
+        continue;
+      }
+      std::copy(KeyAt(at), KeyAt(at) + _words, &_keys[kept * _words]);
+      _values[kept++] = cell;
+    }
+    _count = kept;
+    _values.resize(kept);
+    if (kept * 4 < _values.capacity()) {
+      Keys keys = NewKeys(kept * _words);
+      std::copy(_keys.get(), _keys.get() + kept * _words, keys.get());
+      _values.shrink_to_fit();
+      _keys = std::move(keys);
+      _keyRoom = kept * _words;
+    }
+    if (!_index.empty()) {
+      _index = {};
+      BuildIndex(IndexSizeFor(kept + 1));
     }
   }
 
@@ -222,15 +353,16 @@ private:
     Relayout(widths);
   }
 
-  // Assigns fields to words (no field straddles a word) and repacks every stored key.
+  // Assigns fields to words (no field straddles a word) and repacks every stored key where it
+  // is; wider fields keep the keys' order.
   void Relayout(const std::vector<int>& widths) {
     std::vector<Field> fields(widths.size());
     int word = 0, used = 0;
-    // The fast dimension first, at bit 0 of word 0; the others in order after it.
+    // The fast dimension at bit 0 of word 0, then the others from the last to the first.
     const std::size_t n = widths.size();
     const std::size_t first = _fast < n ? _fast : 0;
     for (std::size_t i = 0; i < n; ++i) {
-      const std::size_t d = i == 0 ? first : (i <= first ? i - 1 : i);
+      const std::size_t d = i == 0 ? first : (n - i > first ? n - i : n - i - 1);
       if (used + widths[d] > 64) {
         ++word;
         used = 0;
@@ -246,44 +378,31 @@ private:
     }
     // Every buffer is allocated before the store changes: running out of memory here leaves
     // the cells where they were, owned by the store.
-    Keys keys = NewKeys(_values.size() * words);
-    std::vector<OmCellText*> values = NewValues(_values.size());
+    const std::size_t length = _values.size();
+    Keys keys = NewKeys(length * words);
     std::vector<int> coords(fields.size(), 0);
-    // Every key is decoded with the old layout into one reused buffer and inserted afresh.
+    std::vector<Slot> index;
+    index.reserve(_index.size());
     _runMask = runMask;
     const std::vector<Field> oldFields = std::exchange(_fields, std::move(fields));
     const std::size_t oldWords = std::exchange(_words, words);
     const Keys oldKeys = std::exchange(_keys, std::move(keys));
-    const std::vector<OmCellText*> oldValues = std::exchange(_values, std::move(values));
-    _count = 0;
-    for (std::size_t slot = 0; slot < oldValues.size(); ++slot) {
-      if (oldValues[slot] == nullptr) continue;
+    _keyRoom = length * words;
+    for (std::size_t at = 0; at < length; ++at) {
       for (std::size_t d = 0; d < oldFields.size() && d < coords.size(); ++d) {
-        coords[d] = Extract(&oldKeys[slot * oldWords], oldFields[d]);
+        coords[d] = Extract(&oldKeys[at * oldWords], oldFields[d]);
       }
-      Insert(coords, oldValues[slot]);
+      Encode(coords, &_keys[at * _words]);
+    }
+    if (!_index.empty()) {  // the hashes changed with the keys
+      index.assign(_index.size(), Slot{});
+      _index.swap(index);
+      for (std::size_t at = 0; at < length; ++at) IndexPosition(at);
     }
   }
 
-  void Rehash(std::size_t capacity) {
-    Keys keys = NewKeys(capacity * _words);
-    std::vector<OmCellText*> values = NewValues(capacity);
-    keys.swap(_keys);
-    values.swap(_values);
-    _count = 0;
-    for (std::size_t slot = 0; slot < values.size(); ++slot) {
-      if (values[slot] == nullptr) continue;
-      const std::uint64_t* key = &keys[slot * _words];
-      std::size_t to = Locate(key);
-      std::copy(key, key + _words, &_keys[to * _words]);
-      _values[to] = values[slot];
-      ++_count;
-    }
-  }
-
-  // Index arrays of large tables ask for transparent huge pages before their memory is first
-  // touched: filling a fresh index of many megabytes otherwise takes a page fault every 4 KiB,
-  // which cost more than the reinsertion itself.
+  // The arrays of large tables ask for transparent huge pages before their memory is first
+  // touched: filling many megabytes otherwise takes a page fault every 4 KiB.
   static void PreferHugePages(const void* block, std::size_t bytes) {
 #ifdef __linux__
     constexpr std::uintptr_t kPage = 4096;
@@ -301,30 +420,18 @@ private:
     PreferHugePages(keys.get(), words * sizeof(std::uint64_t));
     return keys;
   }
-  static std::vector<OmCellText*> NewValues(std::size_t slots) {
-    std::vector<OmCellText*> values;
-    values.reserve(slots);
-    PreferHugePages(values.data(), slots * sizeof(OmCellText*));
-    values.assign(slots, nullptr);
-    return values;
-  }
-
-  void Insert(const std::vector<int>& coords, OmCellText* cell) {
-    std::uint64_t key[kMaxWords];
-    Encode(coords, key);
-    std::size_t slot = Locate(key);
-    std::copy(key, key + _words, &_keys[slot * _words]);
-    _values[slot] = cell;
-    ++_count;
-  }
 
   std::vector<Field> _fields;
   std::size_t _fast = 0;
   std::uint64_t _runMask = 0;
   std::size_t _words = 1;
-  Keys _keys = std::make_unique<std::uint64_t[]>(0);
-  std::vector<OmCellText*> _values;
-  std::size_t _count = 0;
+  Keys _keys;
+  std::size_t _keyRoom = 0;  // words allocated in _keys
+  std::vector<OmCellText*> _values;  // the log: one entry per key, null for a hole
+  std::size_t _count = 0;  // cells, the log without its holes
+  bool _sorted = true;  // the log's keys ascend
+  std::size_t _searches = 0;  // binary searches answered without an index
+  std::vector<Slot> _index;  // log positions by key hash; empty while the log is sorted
 };
 
 bool EqualsNoCase(const std::string& a, const char* b) {
