@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <new>
 #include <cctype>
 #include <unordered_map>
 #include <unordered_set>
@@ -313,9 +314,12 @@ private:
   }
 
   // Closes the holes (and destroys the cells whose coordinate on d is in leaves, when d is a
-  // dimension), keeping the log's order; the index is rebuilt and memory given back when the
-  // log has shrunk to a quarter.
+  // dimension), keeping the log's order; the index is rebuilt, and memory given back when the
+  // log has shrunk to a quarter. Running out of memory here leaves a consistent store: the new
+  // index's slots are allocated first, and the smaller arrays are only attempted.
   void Compact(std::size_t d, const std::unordered_set<int>& leaves) {
+    std::vector<Slot> index;
+    index.reserve(_index.size());
     std::size_t kept = 0;
     for (std::size_t at = 0; at < _values.size(); ++at) {
       OmCellText* cell = _values[at];
@@ -329,16 +333,21 @@ private:
     }
     _count = kept;
     _values.resize(kept);
-    if (kept * 4 < _values.capacity()) {
-      Keys keys = NewKeys(kept * _words);
-      std::copy(_keys.get(), _keys.get() + kept * _words, keys.get());
-      _values.shrink_to_fit();
-      _keys = std::move(keys);
-      _keyRoom = kept * _words;
-    }
     if (!_index.empty()) {
-      _index = {};
-      BuildIndex(IndexSizeFor(kept + 1));
+      index.assign(_index.size(), Slot{});
+      _index.swap(index);
+      for (std::size_t at = 0; at < kept; ++at) IndexPosition(at);
+    }
+    try {
+      if (kept * 4 < _values.capacity()) {
+        Keys keys = NewKeys(kept * _words);
+        std::copy(_keys.get(), _keys.get() + kept * _words, keys.get());
+        _values.shrink_to_fit();
+        _keys = std::move(keys);
+        _keyRoom = kept * _words;
+      }
+      if (!_index.empty() && IndexSizeFor(kept + 1) < _index.size()) BuildIndex(IndexSizeFor(kept + 1));
+    } catch (const std::bad_alloc&) {  // the larger arrays serve as well
     }
   }
 
