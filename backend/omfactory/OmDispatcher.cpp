@@ -208,7 +208,7 @@ void OmFactory::Data::ProcessNonBagpipeMessage(short code, unsigned length, cons
 
 // Cells.
 
-void OmFactory::Data::OnCellMessage(OmPayload& message) {
+inline void OmFactory::Data::OnCellMessage(OmPayload& message) {
   using enum MessageCode;
   switch (message.Code()) {
     case IPC_NUMBER: {
