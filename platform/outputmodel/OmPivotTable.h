@@ -105,12 +105,15 @@ public:
   // cells (removing them one by one costs a look-up each).
   void DropCells(int d, const std::vector<int>& leaves);
   std::size_t NCells() const;
-  // Bytes the cell index occupies (keys and pointers, not the cells themselves).
+  // Bytes the cell store occupies (keys, pointers and any index; not the cells themselves).
   std::size_t CellIndexBytes() const;
-  // Tells the cell index which dimension changes most often between cells stored one after the
-  // other (a builder's cell dimension), so that runs of cells stored in order share cache lines.
-  // Only speed depends on it; it is heeded while the table holds no cell.
+  // Tells the cell store which dimension changes fastest between cells stored one after the
+  // other (a builder's cell dimension). Cells stored in coordinate order (the other dimensions
+  // in their order, this one fastest) are appended without any index; others, and runs of them
+  // along d, stay cheap to find. Only speed depends on it; it is heeded while the table is empty.
   void CellOrderHint(int d);
+  // The cells in the order they were first stored. Looking cells up never invalidates an
+  // iterator; storing or removing one may.
   Iterator FirstCell() const;
   Iterator EndCell() const;
   // At most maxCells cells are stored (0: no limit). Storing a new cell beyond the limit drops it

@@ -145,7 +145,7 @@ void OmBootPooler::KeepOriginalSampleCategories(OmDimension& dimension) {
   RemoveReplicateCategories(dimension.Root(), removed);
   OmPivotTable* table = dimension.Table();
   if (table == nullptr || removed.empty()) return;
-  // The cells of the removed categories go in one pass over the cell index, which is rebuilt
+  // The cells of the removed categories go in one pass over the cell store, which is compacted
   // once: nearly every cell of a bootstrapped table belongs to a sample.
   int d = -1;
   for (int i = 0; i < table->NDimensions() && d < 0; ++i) {

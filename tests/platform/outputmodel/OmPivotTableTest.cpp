@@ -324,11 +324,11 @@ TEST(OmPivotTable, HoldsAMillionCellsCompactly) {
   EXPECT_EQ(t.NCells(), 1000000u);
   EXPECT_EQ(ValueAt(t, {9, 99, 99, (9 + 99 + 99) % 7}), 99999);
   EXPECT_EQ(ValueAt(t, {9, 299, 299, 10}), 999999);
-  // The index costs well under 100 bytes a cell.
+  // The store costs well under 100 bytes a cell, index included.
   EXPECT_LT(t.CellIndexBytes() / t.NCells(), 50u);
 }
 
-// A bootstrapped table keeps one sample in a thousand: the index must shrink with its cells.
+// A bootstrapped table keeps one sample in a thousand: the store must shrink with its cells.
 TEST(OmPivotTable, DroppingMostCellsKeepsTheRestAndGivesBackTheIndex) {
   OmPivotTable t(S("t"), S("t"));
   t.AddDimension(S("variables"));
