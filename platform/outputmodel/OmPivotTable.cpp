@@ -124,7 +124,10 @@ public:
     if (_index.empty() && at + 1 == _values.size()) {
       _values.pop_back();  // the last cell of a log without index goes without a trace
     } else if (_values.size() - _count > std::max<std::size_t>(kSearches, _count)) {
-      Compact(kNowhere, {});  // more holes than cells
+      try {
+        Compact(kNowhere, {});  // more holes than cells
+      } catch (const std::bad_alloc&) {  // before anything moved: the holes wait for the next take
+      }
     }
     return cell;
   }
@@ -289,7 +292,7 @@ private:
     const std::size_t at = _values.size();
     if (at + 1 >= kFree) throw OMSException("OmPivotTable::Cell -- too many cells", double(at));
     // Everything that allocates comes before anything changes.
-    // Both arrays grow by half: a log holds its cells in at most 1.5 times their room.
+    // Both arrays grow by half, so that their room is at most half again the log (and 16).
     const std::size_t grown = 16 + at + at / 2;
     if ((at + 1) * _words > _keyRoom) {
       const std::size_t room = grown * _words;
