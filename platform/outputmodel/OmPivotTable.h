@@ -93,7 +93,8 @@ public:
   const std::vector<short>& Layers() const;
 
   // Cells, one coordinate per dimension (a coordinate is a leaf index, >= 0).
-  // The cell there, or null.
+  // The cell there, or null. Many look-ups may build an index inside the table, so even reading
+  // a table is for one thread at a time.
   OmCellText* Cell(const Coordinates& coords) const;
   // Stores a copy of cell, replacing what is there.
   void Cell(const Coordinates& coords, const OmCellText& cell);
