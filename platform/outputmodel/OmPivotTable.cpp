@@ -283,8 +283,14 @@ private:
     std::vector<Slot> index;
     index.reserve(size);
     PreferHugePages(index.data(), index.capacity() * sizeof(Slot));
-    index.assign(index.capacity(), Slot{});
-    _index.swap(index);
+    Refill(index, size);
+  }
+
+  // Makes slots, reserved beforehand for size entries (nothing allocates here), the index of
+  // every position in the log.
+  void Refill(std::vector<Slot>& slots, std::size_t size) {
+    slots.assign(size, Slot{});
+    _index.swap(slots);
     for (std::size_t at = 0; at < _values.size(); ++at) IndexPosition(at);
   }
 
@@ -336,11 +342,7 @@ private:
     }
     _count = kept;
     _values.resize(kept);
-    if (!_index.empty()) {
-      index.assign(_index.size(), Slot{});
-      _index.swap(index);
-      for (std::size_t at = 0; at < kept; ++at) IndexPosition(at);
-    }
+    if (!_index.empty()) Refill(index, _index.size());
     try {
       if (kept * 4 < _values.capacity()) {
         Keys keys = NewKeys(kept * _words);
@@ -406,11 +408,7 @@ private:
       }
       Encode(coords, &_keys[at * _words]);
     }
-    if (!_index.empty()) {  // the hashes changed with the keys
-      index.assign(_index.size(), Slot{});
-      _index.swap(index);
-      for (std::size_t at = 0; at < length; ++at) IndexPosition(at);
-    }
+    if (!_index.empty()) Refill(index, _index.size());  // the hashes changed with the keys
   }
 
   // The arrays of large tables ask for transparent huge pages before their memory is first
