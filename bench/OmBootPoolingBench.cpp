@@ -88,10 +88,10 @@ std::unique_ptr<BootOutput> Bootstrapped(int variables, int replicates, bool bca
   out->specs.SetNSamples(unsigned(replicates));
   out->specs.SetCILevelPct(95.0);
   if (bca) {
-    // One stratum: the jackknife range is the first kJackknife split categories.
+    // One stratum: one range of kJackknife jackknife samples after the bootstrap samples.
     out->specs.SetJackknifeBoundaries({std::uint32_t(kJackknife)});
     std::vector<SvrBootstrapSpecs::JackknifeEntry> jackknife(static_cast<std::size_t>(kJackknife));
-    for (std::size_t j = 0; j < jackknife.size(); ++j) jackknife[j].value = double(j % 13) - 6.0;
+    for (auto& entry : jackknife) entry.value = 1.0;
     out->specs.SetJackknifeList(std::move(jackknife));
   }
   return out;

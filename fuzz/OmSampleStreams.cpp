@@ -254,7 +254,7 @@ void OmSampleStreams::Bootstrapped(OmStreamWriter& w, std::int64_t id) {
   SvrBootstrapSpecs specs;
   specs.SetNSamples(200);
   specs.SetCILevelPct(90);
-  specs.SetJackknifeBoundaries({0, 2});
+  specs.SetJackknifeBoundaries({2});
   specs.SetJackknifeList({{0.5, 0}, {0.25, 1}});
   w.EndProcedure(specs, 3, 11);
 }

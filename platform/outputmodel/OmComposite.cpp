@@ -135,6 +135,11 @@ std::string OmComposite::SubstituteText(const std::string& pattern,
   out.reserve(pattern.size());
   for (std::size_t i = 0; i < pattern.size();) {
     const char c = pattern[i];
+    if (c == '\\' && i + 1 < pattern.size() && pattern[i + 1] == '%') {
+      out += '%';
+      i += 2;
+      continue;
+    }
     if (c != '^' || i + 1 >= pattern.size()) {
       out += c;
       ++i;

@@ -76,7 +76,8 @@ public:
   std::size_t Hash() const override;
 
   // The pattern text with "^n" replaced by args[n-1]; "^n" without an argument is kept when
-  // keepUnused, dropped otherwise. "^^" stands for a single "^".
+  // keepUnused, dropped otherwise. "^^" stands for a single "^", and "\%" for "%" (patterns of
+  // interval labels arrive with their percent sign escaped; the escape is not for the reader).
   static std::string SubstituteText(const std::string& pattern,
                                     const std::vector<std::string>& args, bool keepUnused);
 

@@ -13,7 +13,8 @@ struct BootstrapCellCalculator::Data {
         _source(&source),
         _writer(std::move(writer)),
         _splitDim(splitDim),
-        _collector(source, splitDim, specs.GetNSamples(), specs.GetJackknifeBoundaries(),
+        _collector(source, splitDim, specs.GetNSamples(), unsigned(specs.GetJackknifeList().size()),
+                   specs.GetJackknifeBoundaries(),
                    std::move(requiredDims)),
         _levelPct(specs.GetCILevelPct()),
         _sampleCount(specs.GetNSamples()) {}
@@ -63,6 +64,6 @@ void BootstrapCellCalculator::ComputeCollected(const OmPivotTable::Coordinates& 
                                     collected.Estimate(), collected.EstimateStdError());
   const auto [lower, upper] = calculator.ConfidenceInterval(my._levelPct);
   const double significance = calculator.Significance(2, 0.0);
-  my._writer->Write(target, unsigned(replicates.size()), collected.JackknifeEnd() != 0,
+  my._writer->Write(target, unsigned(replicates.size()), collected.JackknifeComplete(),
                     calculator.Bias(), calculator.StandardError(), significance, lower, upper);
 }

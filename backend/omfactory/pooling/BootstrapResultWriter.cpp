@@ -4,6 +4,7 @@
 #include <limits>
 #include <optional>
 
+#include "backend/omfactory/pooling/OmPoolingTools.h"
 #include "platform/outputmodel/OmCellText.h"
 #include "platform/outputmodel/OmComposite.h"
 #include "platform/outputmodel/OmDimension.h"
@@ -48,6 +49,7 @@ struct BootstrapResultWriter::Data {
   bool _hasStandardError = false;
   bool _hasJackknife = false;
   bool _significanceOnly = false;
+  bool _incompleteMarked = false;
 
   // Adds footnote text to the table (an equal one is reused) and gives its index.
   int AddFootnote(const OmCellText& text) const { return _table->Footnote(OmFootnote(text), false); }
@@ -124,7 +126,7 @@ BootstrapResultWriter::~BootstrapResultWriter() = default;
 void BootstrapResultWriter::Write(const OmPivotTable::Coordinates& address, unsigned count,
                                   bool cellHasJackknife, double bias, double standardError,
                                   double significance, double lower, double upper) {
-  const Data& my = *_my;
+  Data& my = *_my;
   OmPivotTable& table = *my._table;
 
   std::optional<int> basedOn;
@@ -137,16 +139,20 @@ void BootstrapResultWriter::Write(const OmPivotTable::Coordinates& address, unsi
     return;
   }
 
+  std::optional<int> jackknife;
+  if (my._hasJackknife && !cellHasJackknife) {
+    // Without its jackknife the acceleration is unknown, and a percentile interval under a BCa
+    // heading would mislead: the bounds stay empty and the table says why.
+    lower = upper = OmNumber::kSysMiss;
+    jackknife = my.AddFootnote(Label("Not all jackknife results available, so..."));
+    MarkIncomplete();
+  }
   std::optional<int> coverage;
   if (lower == OmNumber::kSysMiss && count < my._coverageCount) {
     coverage = my.AddFootnote(PatternWithNumbers(
         "^1% coverage needs ^2 samples...",
         {OmNumber(my._levelPct, LevelFormat(my._levelPct)),
          OmNumber(double(my._coverageCount), kCountFormat)}));
-  }
-  std::optional<int> jackknife;
-  if (my._hasJackknife && !cellHasJackknife) {
-    jackknife = my.AddFootnote(Label("Not all jackknife results available, so..."));
   }
 
   // Results read in the statistic's own format.
@@ -161,6 +167,15 @@ void BootstrapResultWriter::Write(const OmPivotTable::Coordinates& address, unsi
   if (significance >= 0.0) {
     my.Store(address, my._significance, significance, kSignificanceFormat, {basedOn});
   }
+}
+
+void BootstrapResultWriter::MarkIncomplete() {
+  Data& my = *_my;
+  if (my._incompleteMarked) return;
+  OmCellText* label = my._table->Label();
+  if (!label) return;
+  OmPoolingTools::FootnoteCell("Not all bootstrap results available...", *my._table, *label);
+  my._incompleteMarked = true;
 }
 
 int BootstrapResultWriter::BiasCategory() const { return _my->_bias; }

@@ -35,8 +35,10 @@ public:
 
   // Writes one statistic's results: address is the statistic's cell in the target table, whose
   // coordinate on the result dimension each result category replaces. count is the number of
-  // replicate values used; cellHasJackknife tells whether the cell had a jackknife range. A
-  // negative significance is not written (except with significanceOnly).
+  // replicate values used; cellHasJackknife tells whether the cell had a complete jackknife
+  // range: with jackknife samples asked for and none for this cell, the bounds are written
+  // empty and the table's label gets "Not all bootstrap results available...". A negative
+  // significance is not written (except with significanceOnly).
   void Write(const OmPivotTable::Coordinates& address, unsigned count, bool cellHasJackknife,
              double bias, double standardError, double significance, double lower,
              double upper);
@@ -55,6 +57,9 @@ public:
   static std::uint32_t LevelFormat(double levelPct);
 
 private:
+  // Gives the table's label the incomplete-results footnote, once.
+  void MarkIncomplete();
+
   struct Data;
   std::unique_ptr<Data> _my;
 };

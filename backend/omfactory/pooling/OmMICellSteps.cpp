@@ -103,6 +103,10 @@ bool OmMICellSteps::Rubin(const RubinAddresses& a, const DiagnosticPlace& diagno
     std::uint32_t sigFormat = OmNumber::kDefaultFormat;
     long error = 0;
     int counted = 0;
+    // Each imputation's df cell states the complete-data df of its test; their mean lets the
+    // computation use the small-sample df instead of treating the data as endless.
+    double dfSum = 0.0;
+    int dfCount = 0;
     for (int i = 0; i < lastImputation && error == 0; ++i) {
       if (!IsImputation(i)) continue;
       At(coords, a.estimate, i);
@@ -124,13 +128,20 @@ bool OmMICellSteps::Rubin(const RubinAddresses& a, const DiagnosticPlace& diagno
       for (const auto& [address, format] : remembered) {
         if (address->empty()) continue;
         At(coords, *address, i);
-        if (const OmNumber* cell = NumberAt(coords)) *format = cell->Format();
+        if (const OmNumber* cell = NumberAt(coords)) {
+          *format = cell->Format();
+          if (address == &a.df && std::isfinite(cell->Value()) && cell->Value() > 0.0) {
+            dfSum += cell->Value();
+            ++dfCount;
+          }
+        }
       }
       const MCCommon::MCStatus added = computation->AddImputation(params);
       if (!added.IsOK()) error = added.GetErrorCode();
       ++counted;
     }
     if (counted == 0) continue;
+    params.SetCompleteDataDf(dfCount > 0 ? dfSum / dfCount : 0.0);
     if (error == 0) {
       const MCCommon::MCStatus combined = computation->Combine(params);
       if (!combined.IsOK()) error = combined.GetErrorCode();

@@ -340,7 +340,10 @@ void OmMIColumnPoolingPattern::WritePooled(OmPivotTable& table, Context& c, long
   if (c.diagnosticsOn || c.significance.Has()) {
     std::vector<double> total, increase, fraction, efficiency;
     c.computation->Diagnostics(total, increase, fraction, efficiency, significance);
-    for (std::size_t j = 0; j < k && c.diagnosticsOn; ++j) {
+    // The diagnostics belong to the estimate's pooling with its standard errors; a pooled
+    // correlation column of the same terms has none to give and must not overwrite them.
+    const bool writeDiagnostics = c.diagnosticsOn && c.key == &c.estimate;
+    for (std::size_t j = 0; j < k && writeDiagnostics; ++j) {
       put(c.diagnostics[0], j, At(fraction, j), c.diagnostics[0].format);
       put(c.diagnostics[1], j, At(increase, j), c.diagnostics[1].format);
       put(c.diagnostics[2], j, At(efficiency, j), c.diagnostics[2].format);

@@ -15,11 +15,13 @@ const OmNumber* NumberAt(const OmPivotTable& table, const OmPivotTable::Coordina
 
 ReplicateCollector::ReplicateCollector(const OmPivotTable& table, int splitDim,
                                        unsigned sampleCount,
+                                       unsigned jackknifeCount,
                                        std::vector<std::uint32_t> jackknifeBoundaries,
                                        std::vector<int> requiredDims)
     : _table(&table),
       _splitDim(splitDim),
       _sampleCount(sampleCount),
+      _jackknifeCount(jackknifeCount),
       _jackknifeBoundaries(std::move(jackknifeBoundaries)),
       _requiredDims(std::move(requiredDims)),
       _estimate(OmNumber::kSysMiss),
@@ -51,6 +53,7 @@ bool ReplicateCollector::Collect(const OmPivotTable::Coordinates& estimate,
   _replicateStdErrors.clear();
   _estimateStdError = OmNumber::kSysMiss;
   _jackknifeStart = _jackknifeEnd = 0;
+  _jackknifeComplete = _jackknifeCount == 0;
 
   const OmNumber* original = NumberAt(*_table, estimate);
   if (!original) return false;
@@ -71,34 +74,7 @@ bool ReplicateCollector::Collect(const OmPivotTable::Coordinates& estimate,
     Gather(_scratch, k, _replicates);
   }
 
-  // The jackknife range starts at the first boundary start whose cell exists; every category
-  // of the range must hold a cell, else the cell has no range.
-  std::uint32_t start = 0;
-  std::uint32_t end = 0;
-  bool found = false;
-  for (std::uint32_t boundary : _jackknifeBoundaries) {
-    end = boundary;
-    _scratch[std::size_t(_splitDim)] = int(start);
-    if (_table->Cell(_scratch) != nullptr) {
-      found = true;
-      break;
-    }
-    start = boundary;
-  }
-  if (!found) {
-    start = end = 0;
-  } else {
-    for (std::uint32_t k = start; k < end; ++k) {
-      _scratch[std::size_t(_splitDim)] = int(k);
-      if (_table->Cell(_scratch) == nullptr) {
-        start = end = 0;
-        break;
-      }
-    }
-  }
-  _jackknifeStart = start;
-  _jackknifeEnd = end;
-  for (std::uint32_t k = start; k < end; ++k) Gather(_scratch, int(k), _jackknifeValues);
+  CollectJackknife();
 
   if (!stdError.empty()) {
     _scratch = stdError;
@@ -109,6 +85,44 @@ bool ReplicateCollector::Collect(const OmPivotTable::Coordinates& estimate,
     if (_replicateStdErrors.size() != _replicates.size()) _replicateStdErrors.clear();
   }
   return true;
+}
+
+void ReplicateCollector::CollectJackknife() {
+  if (_jackknifeCount == 0) return;
+  // Jackknife sample j lies at split category B + 1 + j, after the bootstrap samples. The
+  // boundaries end ranges of the jackknife list (statistics computed on different cases have
+  // their own jackknife samples); without boundaries the whole list is one range.
+  const std::uint32_t first = std::uint32_t(_sampleCount) + 1;
+  const std::uint64_t categories = std::uint64_t(_table->Size(_splitDim));
+  const std::vector<std::uint32_t> whole{std::uint32_t(_jackknifeCount)};
+  const std::vector<std::uint32_t>& boundaries =
+      _jackknifeBoundaries.empty() ? whole : _jackknifeBoundaries;
+  // A statistic's range is the first whose first sample holds a cell for it.
+  std::uint32_t start = 0;
+  for (std::uint32_t end : boundaries) {
+    // Boundaries that go backwards or point past the jackknife samples describe no samples of
+    // this table: the interval cannot be trusted.
+    if (end <= start || end > _jackknifeCount || first + std::uint64_t(end) > categories) return;
+    _scratch[std::size_t(_splitDim)] = int(first + start);
+    if (_table->Cell(_scratch) != nullptr) {
+      for (std::uint32_t j = start; j < end; ++j) {
+        _scratch[std::size_t(_splitDim)] = int(first + j);
+        const OmNumber* number = NumberAt(*_table, _scratch);
+        // Every value of the range is needed: the acceleration from part of a jackknife is
+        // not the statistic's.
+        if (!number || number->IsSysMiss()) {
+          _jackknifeValues.clear();
+          return;
+        }
+        _jackknifeValues.push_back(number->Value());
+      }
+      _jackknifeStart = start;
+      _jackknifeEnd = end;
+      _jackknifeComplete = true;
+      return;
+    }
+    start = end;
+  }
 }
 
 void ReplicateCollector::TestStatisticsToStdErrors() {

@@ -1,6 +1,7 @@
 // Reads, for one statistic's cell of a bootstrapped table, the original sample's value and its
 // replicates: the same address with the bootstrap split coordinate set to 1 ... B (bootstrap
-// samples) and to the cell's jackknife range. Owned by BootstrapCellCalculator.
+// samples) and to B + 1 + j for the jackknife samples j of the cell's jackknife range. Owned by
+// BootstrapCellCalculator.
 #pragma once
 
 #include <cstdint>
@@ -13,9 +14,11 @@ public:
   // table (the source) is borrowed and must outlive the collector; the boundaries are copied, a
   // short list that callers often build on the spot.
   // splitDim is the table's bootstrap split dimension, sampleCount B its number of bootstrap
-  // samples; requiredDims are the pattern's required dimensions, which decide the replicate mask.
+  // samples, jackknifeCount J the length of the jackknife list (samples B + 1 ... B + J);
+  // jackknifeBoundaries end the ranges of that list (positions 0 ... J; empty: one range of all
+  // J). requiredDims are the pattern's required dimensions, which decide the replicate mask.
   ReplicateCollector(const OmPivotTable& table, int splitDim, unsigned sampleCount,
-                     std::vector<std::uint32_t> jackknifeBoundaries,
+                     unsigned jackknifeCount, std::vector<std::uint32_t> jackknifeBoundaries,
                      std::vector<int> requiredDims);
 
   // Gathers the values for the statistic at estimate (its bootstrap split coordinate is
@@ -36,8 +39,13 @@ public:
   const std::vector<double>& Replicates() const { return _replicates; }
   const std::vector<double>& JackknifeValues() const { return _jackknifeValues; }
   const std::vector<double>& ReplicateStdErrors() const { return _replicateStdErrors; }
+  // The statistic's range of the jackknife list, [start, end); jackknife value k belongs to entry
+  // start + k. Both 0 when there is no complete range.
   std::uint32_t JackknifeStart() const { return _jackknifeStart; }
   std::uint32_t JackknifeEnd() const { return _jackknifeEnd; }
+  // False when the specifications ask for jackknife samples but this statistic has no range
+  // whose every sample holds a number (a boundary outside the table, a missing cell).
+  bool JackknifeComplete() const { return _jackknifeComplete; }
 
   // The usable flags of replicates 0 ... B for estimate (empty without required dimensions:
   // every replicate is usable). Replicate k is usable when, across every combination of the
@@ -53,10 +61,13 @@ private:
   // Appends the value at address with split coordinate k when it is a present number.
   void Gather(OmPivotTable::Coordinates& address, int k, std::vector<double>& into) const;
   bool SameBlock(const OmPivotTable::Coordinates& estimate) const;
+  // Finds the range and gathers its values, with _scratch at the estimate's address.
+  void CollectJackknife();
 
   const OmPivotTable* _table;
   int _splitDim;
   unsigned _sampleCount;
+  unsigned _jackknifeCount;
   std::vector<std::uint32_t> _jackknifeBoundaries;
   std::vector<int> _requiredDims;
   std::vector<bool> _mask;
@@ -69,5 +80,6 @@ private:
   std::vector<double> _replicateStdErrors;
   std::uint32_t _jackknifeStart = 0;
   std::uint32_t _jackknifeEnd = 0;
+  bool _jackknifeComplete = true;
   OmPivotTable::Coordinates _scratch;  // the address being read, reused across cells
 };

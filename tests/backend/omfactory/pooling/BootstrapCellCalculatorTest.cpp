@@ -107,6 +107,11 @@ TEST(BootstrapResultWriterTest, FootnotesQualifyOnlyTheCellsTheyConcern) {
   EXPECT_EQ(NotesAt(t.Table(), lower), (std::vector<std::string>{based, coverage, jackknife}));
   EXPECT_EQ(NotesAt(t.Table(), upper), (std::vector<std::string>{based, coverage}));
   EXPECT_EQ(NotesAt(t.Table(), sig), std::vector<std::string>{based});
+  // A BCa interval without its jackknife is left empty, and the table says results are missing.
+  writer->Write({0, 1, 0}, 1000, false, 0.1, 0.2, 0.3, 0.5, 0.9);
+  EXPECT_EQ(NumberAt(t.Table(), {writer->UpperCategory(), 1, 0}).Value(), kSysMiss);
+  EXPECT_EQ(NotesOf(t.Table(), t.Table().Label()),
+            std::vector<std::string>{"Not all bootstrap results available..."});
   // Results take the statistic's format, the significance its own.
   EXPECT_EQ(NumberAt(t.Table(), bias).Format(), 0x3050008u);
   EXPECT_EQ(NumberAt(t.Table(), lower).Value(), kSysMiss);
@@ -124,6 +129,7 @@ TEST(BootstrapResultWriterTest, CompleteResultsCarryNoFootnoteAndAMissingSignifi
     EXPECT_EQ(NumberAt(t.Table(), {category, 1, 0}).Format(), BootstrapResultWriter::kDefaultResultFormat);
   }
   EXPECT_EQ(t.Table().Cell({writer->SignificanceCategory(), 1, 0}), nullptr);
+  EXPECT_TRUE(NotesOf(t.Table(), t.Table().Label()).empty());
   // Few replicates but an interval that could be computed: no coverage note.
   writer->Write({1, 0, 0}, 10, true, 0.1, 0.2, 0.5, 0.5, 0.9);
   EXPECT_EQ(NotesAt(t.Table(), {writer->LowerCategory(), 0, 0}),
@@ -257,7 +263,7 @@ TEST(BootstrapCellCalculatorTest, TestStatisticsBecomeStandardErrors) {
     t.builder.Number({0, 0, k}, values[k]);
     t.builder.Number({1, 0, k}, tests[k]);
   }
-  ReplicateCollector collector(t.Table(), t.split, 3, {}, {});
+  ReplicateCollector collector(t.Table(), t.split, 3, 0, {}, {});
   ASSERT_TRUE(collector.Collect({0, 0, 0}, {1, 0, 0}));
   collector.TestStatisticsToStdErrors();
   EXPECT_EQ(collector.EstimateStdError(), 2.0);
@@ -275,33 +281,52 @@ TEST(ReplicateCollectorTest, AReplicateThatLacksARequiredCellIsLeftOutForTheWhol
   for (int p = 0; p < 2; ++p) {
     Replicates(b, {0, p, 0}, split, 3, [p](int k) { return p == 1 && k == 2 ? kSysMiss : 1.0 + k; });
   }
-  ReplicateCollector masked(*b, split, 3, {}, {params});
+  ReplicateCollector masked(*b, split, 3, 0, {}, {params});
   ASSERT_TRUE(masked.Collect({0, 0, 0}, {}));
   EXPECT_EQ(masked.Replicates(), (std::vector<double>{2.0, 4.0}));
-  ReplicateCollector unmasked(*b, split, 3, {}, {});
+  ReplicateCollector unmasked(*b, split, 3, 0, {}, {});
   ASSERT_TRUE(unmasked.Collect({0, 0, 0}, {}));
   EXPECT_EQ(unmasked.Replicates(), (std::vector<double>{2.0, 3.0, 4.0}));
   // A system-missing original makes the replicates that hold a value there unusable.
   b.Number({0, 1, 0}, kSysMiss);
   b.Number({0, 1, 2}, 9.0);
-  ReplicateCollector fresh(*b, split, 3, {}, {params});
+  ReplicateCollector fresh(*b, split, 3, 0, {}, {params});
   ASSERT_TRUE(fresh.Collect({0, 0, 0}, {}));
   EXPECT_TRUE(fresh.Replicates().empty());
 }
 
-TEST(ReplicateCollectorTest, JackknifeRangeEndsAtTheFirstBoundaryWhenItsCellsAreAllThere) {
-  StatTable t(5);
-  Replicates(t.builder, {0, 0, 0}, t.split, 5, [](int k) { return 10.0 + k; });
-  const std::vector<std::uint32_t> boundaries{3, 6};
-  ReplicateCollector collector(t.Table(), t.split, 3, boundaries, {});
-  ASSERT_TRUE(collector.Collect({0, 0, 0}, {}));
-  EXPECT_EQ(collector.JackknifeStart(), 0u);
-  EXPECT_EQ(collector.JackknifeEnd(), 3u);
-  EXPECT_EQ(collector.JackknifeValues(), (std::vector<double>{10.0, 11.0, 12.0}));
-  t.builder->TakeCell({0, 0, 1});
-  ASSERT_TRUE(collector.Collect({0, 0, 0}, {}));
-  EXPECT_EQ(collector.JackknifeEnd(), 0u);
-  EXPECT_TRUE(collector.JackknifeValues().empty());
+TEST(ReplicateCollectorTest, JackknifeValuesComeFromTheSamplesAfterTheBootstrapSamples) {
+  // 3 bootstrap samples (split 1 .. 3), then 4 jackknife samples (split 4 .. 7) in two ranges.
+  struct Case {
+    const char* name;
+    std::vector<std::uint32_t> boundaries;
+    std::vector<int> emptySplits;  // splits without a cell for the statistic
+    bool complete;
+    std::uint32_t start, end;
+    std::vector<double> values;
+  };
+  const Case cases[] = {
+      {"one range of all", {}, {}, true, 0, 4, {14, 15, 16, 17}},
+      {"first range", {2, 4}, {}, true, 0, 2, {14, 15}},
+      {"second range when the first has no cell", {2, 4}, {4}, true, 2, 4, {16, 17}},
+      {"a gap inside the range", {4}, {6}, false, 0, 0, {}},
+      {"a boundary past the jackknife list", {5}, {}, false, 0, 0, {}},
+      {"boundaries going backwards", {2, 1}, {4}, false, 0, 0, {}},
+      {"no range with a cell", {2, 4}, {4, 6}, false, 0, 0, {}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    StatTable t(7);
+    Replicates(t.builder, {0, 0, 0}, t.split, 7, [](int k) { return 10.0 + k; });
+    for (int k : c.emptySplits) t.builder->TakeCell({0, 0, k});
+    ReplicateCollector collector(t.Table(), t.split, 3, 4, c.boundaries, {});
+    ASSERT_TRUE(collector.Collect({0, 0, 0}, {}));
+    EXPECT_EQ(collector.Replicates(), (std::vector<double>{11, 12, 13}));
+    EXPECT_EQ(collector.JackknifeComplete(), c.complete);
+    EXPECT_EQ(collector.JackknifeStart(), c.start);
+    EXPECT_EQ(collector.JackknifeEnd(), c.end);
+    EXPECT_EQ(collector.JackknifeValues(), c.values);
+  }
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -158,6 +159,36 @@ TEST(MICellRubin, SignificanceWithoutAnyVarianceIsMissingWithAFootnote) {
   EXPECT_EQ(varied.Format(), 0x3050028u);
   EXPECT_TRUE(NotesAt(*r.t, {1, 4, r.Pooled()}).empty());
   EXPECT_DOUBLE_EQ(NumberAt(*r.t, {1, 2, r.Pooled()}).Value(), ref.estimates[0] / ref.standardErrors[0]);
+}
+
+TEST(MICellRubin, DfCellsGiveTheCompleteDataDfOfBarnardAndRubin) {
+  ScopedMiOutput output(true, true, true, true);
+  // Expected: R mice 3.15, pool.scalar(Q, U, n = 74) (dfcom 73); for equal estimates the exact
+  // limit dfobs = 74/76 * 73, with p = 2 pt(-1.9, dfobs).
+  const double q[] = {2.1, 1.6, 2.9, 1.2, 2.4}, u[] = {1.21, 1.44, 1.10, 1.32, 1.27};
+  Report r({"Value", "Std. Error", "t", "df", "Sig."}, 5);
+  for (int i = 1; i <= 5; ++i) {
+    r.t.Number({0, 0, i}, q[i - 1]);
+    r.t.Number({0, 1, i}, std::sqrt(u[i - 1]));
+    r.t.Number({0, 3, i}, 73.0, kNoDecimals);
+    r.t.Number({1, 0, i}, 1.9);
+    r.t.Number({1, 1, i}, 1.0);
+    // The imputations' df differ a little: their mean is the complete-data df.
+    r.t.Number({1, 3, i}, i % 2 ? 72.0 : 74.5, kNoDecimals);
+  }
+  const auto pattern = Pattern({.statistics = "Statistics",
+                                .full = {.estimate = "Value", .standardError = "Std. Error", .test = "t",
+                                         .df = "df", .significance = "Sig."}});
+  pattern->Pool(*r.t, nullptr);
+  const int fmi = 5;  // the first diagnostic, after the five statistics
+  struct Case { int group, statistic; double expected; };
+  for (const Case& c : {Case{0, 3, 23.933594718742654}, Case{0, 4, 0.14143888552892386},
+                        Case{0, fmi, 0.3477203278795753}, Case{1, 3, 71.078947368421055},
+                        Case{1, 4, 0.06148989090403098}}) {
+    SCOPED_TRACE(c.statistic);
+    EXPECT_NEAR(NumberAt(*r.t, {c.group, c.statistic, r.Pooled()}).Value(), c.expected, 1e-12);
+  }
+  EXPECT_TRUE(NotesAt(*r.t, {1, 4, r.Pooled()}).empty());
 }
 
 TEST(MICellRubin, FailedComputationLeavesItsErrorOnThatEstimateOnly) {

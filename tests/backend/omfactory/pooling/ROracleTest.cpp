@@ -1,0 +1,427 @@
+// Pooled and bootstrap results against R: streams of t tests, a regression with correlation
+// columns, correlations and bootstrapped means go through a factory session, and the same numbers
+// go to mice::pool.scalar and boot::boot.ci (r_oracle.R beside this file). Skipped when Rscript,
+// mice or boot is missing.
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <optional>
+#include <memory>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "BootTables.h"
+#include "MITableBuilder.h"
+#include "backend/omfactory/OmFactory.h"
+#include "backend/omsopmgr/OMSObjectSelector.h"
+#include "platform/outputmodel/OmNumber.h"
+#include "platform/outputmodel/OmOutputTree.h"
+#include "platform/stream/OmStreamWriter.h"
+
+namespace {
+
+constexpr std::uint8_t kTcid = 5;
+constexpr std::int32_t kFour = (5 << 16) | (10 << 8) | 4;
+constexpr std::int32_t kWhole = (5 << 16) | (8 << 8);
+
+// Writes one procedure's cells and table messages, each cell in a fresh slot.
+class Writer {
+public:
+  explicit Writer(OmStreamWriter& out) : _out(out) {}
+  std::int32_t Text(const std::string& text, std::int32_t literal = 0) {
+    _out.String(++_id, text, literal);
+    return _id;
+  }
+  std::int32_t Number(double value, std::int32_t format = kFour) {
+    _out.Number(++_id, value, format);
+    return _id;
+  }
+  std::int32_t Variable(const std::string& name, const std::string& label = "") {
+    _out.Variable(++_id, 2, name, label);
+    return _id;
+  }
+  // A table whose first dimension is the variable `split` (the imputations, down, or the
+  // bootstrap samples, in the layers), then `rows` down and the statistics across.
+  void Table(const std::string& name, const std::string& split, const std::vector<std::string>& rows) {
+    _split = split;
+    const bool layers = split != "Imputation_";
+    _out.BeginTable(kTcid, Text(name), Text(name, 1));
+    _out.PlaceDimension(kTcid, Split(), 1, layers ? 2 : 0, 0, 0);
+    int position = layers ? 1 : 2;
+    for (const std::string& row : rows) _out.PlaceDimension(kTcid, Text(row), position++, 0, 0, 0);
+    _out.PlaceDimension(kTcid, Text("Statistics"), 1, 1, 0, 0);
+    _out.CellDimension(kTcid, Text("Statistics"));
+  }
+  // Messages take the cells they name: every label is sent afresh.
+  void SplitCategory(int value) {
+    _out.DataValue(++_id, 2, kWhole, _split, "", double(value));
+    const std::int32_t category = _id;
+    _out.Category(kTcid, category, Split());
+  }
+  void Category(const std::string& dimension, std::int32_t category) {
+    _out.Category(kTcid, category, Text(dimension));
+  }
+  void Cell(const std::string& statistic, double value, std::int32_t format = kFour) {
+    const std::int32_t v = Number(value, format);
+    _out.Cell(kTcid, v, Text(statistic));
+  }
+  // An interval group labelled pattern(95) holding the two bounds.
+  void Interval(const std::string& pattern, const char* lowerLabel, const char* upperLabel) {
+    const std::int32_t level = Number(95, (5 << 16) | (8 << 8));
+    _out.BeginComposite(++_id, Text(pattern));
+    const std::int32_t group = _id;
+    _out.CompositeArgument(level);
+    _out.BeginGroup(kTcid, group, Text("Statistics"));
+    Cell(lowerLabel, -1.0);
+    Cell(upperLabel, 1.0);
+    _out.EndGroup(kTcid, Text("Statistics"));
+  }
+private:
+  std::int32_t Split() {
+    _out.Variable(++_id, 2, _split, _split == "Imputation_" ? "Imputation Number" : "");
+    return _id;
+  }
+
+  OmStreamWriter& _out;
+  std::int32_t _id = 0;
+  std::string _split;
+};
+
+class KeepAll : public OmFactory::Observer {
+public:
+  bool WantsOutput() override { return true; }
+};
+
+// One case: the line r_oracle.R reads, and per value R prints, what the session wrote there
+// (null: a value this table does not show).
+struct Case {
+  std::string name;
+  std::string rLine;
+  std::vector<std::optional<double>> ours;
+  bool exactBounds = false;  // values 2 and 3 are percentile bounds: boot.ci's rule, to the last bits
+};
+
+std::string Join(const std::vector<double>& values) {
+  std::ostringstream text;
+  text.precision(17);
+  for (double v : values) text << ' ' << v;
+  return text.str();
+}
+
+class ROracle : public ::testing::Test {
+protected:
+  // Replays the stream into a fresh session; the tables of the output, by template name.
+  void Run(const OmStreamWriter& out) {
+    tree = std::make_unique<OmOutputTree>();
+    factory = std::make_unique<OmFactory>(tree.get(), std::string(), "UTF-8", requests);
+    factory->Register(&keep);
+    for (const OmStreamRecord& record : out.Records()) {
+      factory->Message(record.code, unsigned(record.payload.size()), record.payload.data());
+    }
+    ASSERT_EQ(factory->RecoveredErrorCount(), 0u) << factory->LastRecoveredError()->what();
+  }
+  const OmPivotTable& Table(const std::string& name) const {
+    for (OmOutputPart* part : *tree) {
+      auto* table = dynamic_cast<const OmPivotTable*>(part);
+      if (table && table->TemplateName().Text() == name) return *table;
+    }
+    std::string parts;
+    for (OmOutputPart* part : *tree) {
+      if (part) parts += std::string(" ") + part->KindName() + ":" + part->LabelText();
+    }
+    throw std::runtime_error("no table " + name + " among" + parts);
+  }
+  // The number at the categories labelled as given (dimension label -> category label); other
+  // dimensions at their first category. NaN when absent, which no comparison passes.
+  static std::optional<double> At(const OmPivotTable& table,
+                                  const std::map<std::string, std::string>& labels) {
+    OmPivotTable::Coordinates at(std::size_t(table.NDimensions()), 0);
+    for (int d = 0; d < table.NDimensions(); ++d) {
+      const auto wanted = labels.find(table.Dimension(d).Label()->Text());
+      if (wanted == labels.end()) continue;
+      at[std::size_t(d)] = -1;
+      for (OmDimension::ConstNode leaf : table.Dimension(d).Leaves()) {
+        if (leaf->Label()->Text() == wanted->second) at[std::size_t(d)] = leaf->LeafIndex();
+      }
+      if (at[std::size_t(d)] < 0) return std::nan("");
+    }
+    const auto* number = dynamic_cast<const OmNumber*>(table.Cell(at));
+    if (!number) return std::nan("");
+    return number->Value();
+  }
+
+  // A t test table of m imputations with estimates q and variances u, each imputation's df
+  // cell stating dfcom (none when dfcom is infinite).
+  void TTest(const std::string& name, const char* table, const char* estimate, const char* se,
+             double dfcom, const std::vector<double>& q, const std::vector<double>& u) {
+    OmStreamWriter out;
+    out.ByteOrderProbe();
+    out.OutputSetting("MIOUTPUT", "observed imputed pooled diagnostics");
+    out.BeginProcedure(1, "procedure=T-Test\ntranslated=T-Test\n");
+    Writer w(out);
+    w.Table(table, "Imputation_", {"Variables"});
+    for (std::size_t i = 0; i <= q.size(); ++i) {
+      w.SplitCategory(int(i));
+      w.Category("Variables", w.Variable("score"));
+      const double estimateValue = i == 0 ? 1.0 : q[i - 1], error = i == 0 ? 0.5 : std::sqrt(u[i - 1]);
+      w.Cell(estimate, estimateValue);
+      w.Cell(se, error);
+      w.Cell("t", estimateValue / error);
+      if (std::isfinite(dfcom)) w.Cell("df", dfcom, kWhole);
+      w.Cell("Sig(2-tailed)...", 0.5);
+      w.Interval("^1\\% Confidence Interval of the Difference", "Lower", "Upper");
+    }
+    out.EndTable(kTcid);
+    out.EndProcedure();
+    Run(out);
+    const OmPivotTable& pooled = Table(table);
+    auto value = [&](const char* statistic) {
+      return At(pooled, {{"Imputation Number", "Pooled"}, {"Statistics", statistic}});
+    };
+    std::vector<double> rValues = q;
+    rValues.insert(rValues.end(), u.begin(), u.end());
+    std::ostringstream line;
+    line << "mi " << name << ' ' << (std::isfinite(dfcom) ? std::to_string(dfcom) : "Inf") << ' '
+         << q.size() << Join(rValues);
+    cases.push_back({name, line.str(),
+                     {value(estimate), value(se), value("t"), value("df"), value("Sig(2-tailed)..."),
+                      value("Lower"), value("Upper"), value("Relative Increase Variance"),
+                      value("Fraction Missing Info."), value("Relative Efficiency")}});
+    // The interval's label reads as a reader expects it, the pattern's escape gone.
+    const std::vector<std::string> labels = boottest::Labels(pooled.Dimension(2));
+    EXPECT_NE(std::find(labels.begin(), labels.end(), "95% Confidence Interval of the Difference"),
+              labels.end()) << name;
+  }
+
+  std::vector<Case> cases;
+  std::unique_ptr<OmOutputTree> tree;
+  std::vector<OMSObjectSelector> requests;
+  KeepAll keep;
+  std::unique_ptr<OmFactory> factory;
+  mitest::ScopedMiOutput diagnostics{true, true, true, true};
+};
+
+// Deterministic draws that are the same on every platform: the engine's sequence is fixed by
+// the standard, and the transformations are written out here.
+class Draws {
+public:
+  explicit Draws(unsigned seed) : _engine(seed) {}
+  double Uniform() { return (double(_engine()) + 0.5) / 4294967296.0; }
+  double Exponential() { return -std::log(Uniform()); }
+  std::size_t Index(std::size_t n) { return std::size_t(_engine() % n); }
+
+private:
+  std::mt19937 _engine;
+};
+
+TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
+  // t tests with the complete-data df in every imputation: Barnard-Rubin df.
+  TTest("independent_m5_df73", "Independent Samples Test", "Mean Difference", "Std. Error Diff...",
+        73, {2.1, 1.6, 2.9, 1.2, 2.4}, {1.21, 1.44, 1.10, 1.32, 1.27});
+  TTest("independent_m2_df40", "Independent Samples Test", "Mean Difference", "Std. Error Diff...",
+        40, {0.8, 1.3}, {0.25, 0.30});
+  std::vector<double> q20, u20;
+  Draws draws(20);
+  for (int i = 0; i < 20; ++i) {
+    q20.push_back(3.0 + draws.Uniform());
+    u20.push_back(0.2 + 0.1 * draws.Uniform());
+  }
+  TTest("independent_m20_df120", "Independent Samples Test", "Mean Difference",
+        "Std. Error Diff...", 120, q20, u20);
+  TTest("paired_m5_df29", "Paired Samples Test", "Mean", "Std. Error Mean", 29,
+        {0.61, 0.42, 0.75, 0.58, 0.49}, {0.040, 0.052, 0.047, 0.044, 0.050});
+  // All imputations agree: df = dfobs and the t reference, not the normal.
+  TTest("no_between_variance_df73", "Independent Samples Test", "Mean Difference",
+        "Std. Error Diff...", 73, {1.9, 1.9, 1.9, 1.9, 1.9}, {1.0, 1.0, 1.0, 1.0, 1.0});
+
+  {
+    // A regression's coefficients with correlation columns: each term keeps the diagnostics of
+    // its B / Std. Error pooling; no df column, so the classical df.
+    const std::vector<std::vector<double>> b = {{2.10, 2.35, 1.95, 2.40}, {0.52, 0.47, 0.58, 0.44}};
+    const std::vector<std::vector<double>> se = {{0.31, 0.29, 0.33, 0.30}, {0.060, 0.055, 0.064, 0.058}};
+    OmStreamWriter out;
+    out.ByteOrderProbe();
+    out.OutputSetting("MIOUTPUT", "observed imputed pooled diagnostics");
+    out.BeginProcedure(2, "procedure=Regression\ntranslated=Regression\n");
+    Writer w(out);
+    w.Table("Coefficients", "Imputation_", {"Variables"});
+    for (int i = 0; i <= 4; ++i) {
+      w.SplitCategory(i);
+      for (int term = 0; term < 2; ++term) {
+        w.Category("Variables", term == 0 ? w.Text("(Constant)") : w.Variable("age"));
+        const double estimate = i == 0 ? 1.0 : b[term][i - 1], error = i == 0 ? 0.5 : se[term][i - 1];
+        w.Cell("B", estimate);
+        w.Cell("Std. Error", error);
+        w.Cell("t", estimate / error);
+        w.Cell("Significance", 0.01);
+        w.Interval("^1 Confidence Interval for B", "Lower Bound", "Upper Bound");
+        for (const char* column : {"Zero-order", "Partial", "Part"}) {
+          w.Cell(column, term == 0 ? OmNumber::kSysMiss : 0.3 + 0.02 * i);
+        }
+      }
+    }
+    out.EndTable(kTcid);
+    out.EndProcedure();
+    Run(out);
+    const OmPivotTable& pooled = Table("Coefficients");
+    for (int term = 0; term < 2; ++term) {
+      const std::string label = term == 0 ? "(Constant)" : "age";
+      auto value = [&](const char* statistic) {
+        return At(pooled, {{"Imputation Number", "Pooled"}, {"Variables", label}, {"Statistics", statistic}});
+      };
+      std::vector<double> u;
+      for (double s : se[term]) u.push_back(s * s);
+      std::vector<double> rValues = b[term];
+      rValues.insert(rValues.end(), u.begin(), u.end());
+      cases.push_back({"coefficients_" + std::to_string(term), "mi coefficients_" + std::to_string(term) + " Inf 4" + Join(rValues),
+                       {value("B"), value("Std. Error"), value("t"), std::nullopt, value("Significance"),
+                        value("Lower Bound"), value("Upper Bound"), value("Relative Increase Variance"),
+                        value("Fraction Missing Info."), value("Relative Efficiency")}});
+    }
+  }
+
+  for (const char* tails : {"1", "2"}) {
+    // Correlations pooled on Fisher's z with variance 1/(N - 3).
+    const std::vector<double> r = {0.41, 0.37, 0.45}, n = {120, 118, 121};
+    const std::string significance = std::string("Significance(") + tails + "-tailed)";
+    OmStreamWriter out;
+    out.ByteOrderProbe();
+    out.BeginProcedure(3, "procedure=Correlations\ntranslated=Correlations\n");
+    Writer w(out);
+    w.Table("Correlations", "Imputation_", {"Variables", "With"});
+    for (int i = 0; i <= 3; ++i) {
+      w.SplitCategory(i);
+      for (const char* row : {"y", "x"}) {
+        for (const char* column : {"y", "x"}) {
+          const bool diagonal = std::string(row) == column;
+          w.Category("Variables", w.Variable(row));
+          w.Category("With", w.Variable(column));
+          w.Cell("Pearson Correlation", diagonal ? 1.0 : i == 0 ? 0.5 : r[std::size_t(i - 1)]);
+          if (!diagonal) w.Cell(significance, 0.001);
+          w.Cell("N", i == 0 ? 100 : n[std::size_t(i - 1)], kWhole);
+        }
+      }
+    }
+    out.EndTable(kTcid);
+    out.EndProcedure();
+    Run(out);
+    const OmPivotTable& pooled = Table("Correlations");
+    auto value = [&](const std::string& statistic) {
+      return At(pooled, {{"Imputation Number", "Pooled"}, {"Variables", "y"}, {"With", "x"}, {"Statistics", statistic}});
+    };
+    const std::string name = std::string("correlation_") + tails + "_tailed";
+    std::vector<double> rValues = r;
+    rValues.insert(rValues.end(), n.begin(), n.end());
+    cases.push_back({name, "corr " + name + " 3" + Join(rValues),
+                     {value("Pearson Correlation"), tails[0] == '2' ? value(significance) : std::nullopt,
+                      tails[0] == '1' ? value(significance) : std::nullopt}});
+  }
+
+  // Bootstrapped means of skewed data: percentile intervals at B = 999 and 500, BCa from 40
+  // jackknife samples, and replicates that all agree.
+  struct Boot { const char* name; int samples; int jackknife; bool allEqual; };
+  for (const Boot& c : {Boot{"percentile_b999", 999, 0, false}, Boot{"percentile_b500", 500, 0, false},
+                        Boot{"bca_b999_n40", 999, 40, false}, Boot{"all_equal_b200", 200, 0, true}}) {
+    Draws data(unsigned(c.samples + c.jackknife));
+    std::vector<double> x(40);
+    for (double& v : x) v = c.allEqual ? 2.5 : data.Exponential();
+    auto mean = [](const std::vector<double>& v) {
+      double sum = 0.0;
+      for (double e : v) sum += e;
+      return sum / double(v.size());
+    };
+    const double t0 = mean(x);
+    std::vector<double> t, jack;
+    for (int k = 0; k < c.samples; ++k) {
+      std::vector<double> resample;
+      for (std::size_t i = 0; i < x.size(); ++i) resample.push_back(x[data.Index(x.size())]);
+      t.push_back(mean(resample));
+    }
+    for (int j = 0; j < c.jackknife; ++j) {
+      std::vector<double> rest = x;
+      rest.erase(rest.begin() + j);
+      jack.push_back(mean(rest));
+    }
+    OmStreamWriter out;
+    out.ByteOrderProbe();
+    out.BeginProcedure(4, "procedure=Descriptives\ntranslated=Descriptives\nbootstrapped=1\n");
+    Writer w(out);
+    w.Table("Descriptive Statistics", boottest::kSplitVariable, {"Variables"});
+    for (int k = 0; k <= c.samples + c.jackknife; ++k) {
+      w.SplitCategory(k);
+      w.Category("Variables", w.Text("income"));
+      w.Cell("N", 40, kWhole);
+      w.Cell("Mean", k == 0 ? t0 : k <= c.samples ? t[std::size_t(k - 1)] : jack[std::size_t(k - 1 - c.samples)]);
+    }
+    out.EndTable(kTcid);
+    SvrBootstrapSpecs specs = boottest::Specs(unsigned(c.samples));
+    if (c.jackknife > 0) {
+      specs.SetJackknifeList(std::vector<SvrBootstrapSpecs::JackknifeEntry>(std::size_t(c.jackknife), {1.0, 0}));
+      specs.SetJackknifeBoundaries({std::uint32_t(c.jackknife)});
+    }
+    out.EndProcedure(specs);
+    Run(out);
+    const OmPivotTable& pooled = Table("Descriptive Statistics");
+    auto value = [&](const char* result) {
+      return At(pooled, {{"Statistics", "Mean"}, {"Stat Type", result}});
+    };
+    cases.push_back({c.name, "boot " + std::string(c.name) + Join({t0, double(c.samples)}) + Join(t) +
+                                 Join({double(c.jackknife)}) + Join(jack),
+                     {value("Bias"), value("Std. Error"), value("Lower"), value("Upper")},
+                     c.jackknife == 0});
+  }
+
+  // One R run for every case.
+  if (std::system("command -v Rscript > /dev/null 2>&1") != 0) GTEST_SKIP() << "Rscript is not installed";
+  const std::filesystem::path dir = std::filesystem::temp_directory_path() / ("omf_r_oracle_" + std::to_string(::getpid()));
+  std::filesystem::create_directories(dir);
+  {
+    std::ofstream input(dir / "cases.txt");
+    for (const Case& c : cases) input << c.rLine << '\n';
+  }
+  const std::string command = "Rscript '" OMF_R_ORACLE_SCRIPT "' '" + (dir / "cases.txt").string() +
+                              "' > '" + (dir / "r.txt").string() + "' 2>&1";
+  const int status = std::system(command.c_str());
+  std::ifstream rOutput(dir / "r.txt");
+  std::map<std::string, std::vector<double>> r;
+  std::string rText, line;
+  while (std::getline(rOutput, line)) {
+    rText += line + '\n';
+    std::istringstream fields(line);
+    std::string name;
+    fields >> name;
+    for (std::string v; fields >> v;) r[name].push_back(std::strtod(v.c_str(), nullptr));
+  }
+  std::filesystem::remove_all(dir);
+  if (WIFEXITED(status) && WEXITSTATUS(status) == 3) GTEST_SKIP() << rText;
+  ASSERT_EQ(status, 0) << rText;
+
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    const std::vector<double>& expected = r[c.name];
+    ASSERT_EQ(expected.size(), c.ours.size()) << rText;
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+      if (!c.ours[i]) continue;
+      SCOPED_TRACE("value " + std::to_string(i));
+      const double ours = *c.ours[i];
+      if (c.exactBounds && i >= 2) {
+        EXPECT_DOUBLE_EQ(ours, expected[i]);
+      } else {
+        EXPECT_NEAR(ours, expected[i], 1e-9 * std::max(1.0, std::fabs(expected[i])));
+      }
+    }
+  }
+}
+
+}  // namespace
