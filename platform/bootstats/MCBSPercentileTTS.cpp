@@ -63,7 +63,7 @@ double MCBSPercentileTTS::GetProbability(AltHypType alternative) const {
       case TwoTailed: extreme += std::fabs(tStar) >= std::fabs(observed); break;
     }
   }
-  return static_cast<double>(extreme) / static_cast<double>(my._tStar.size());
+  return static_cast<double>(1 + extreme) / static_cast<double>(1 + my._tStar.size());
 }
 
 std::size_t MCBSPercentileTTS::GetCount() const { return _my->_tStar.size(); }

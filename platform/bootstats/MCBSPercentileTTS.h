@@ -4,9 +4,10 @@
 //
 // Observed t = (estimate - test value) / standard error; each replicate gives
 // t* = (replicate - estimate) / replicate standard error, the bootstrap stand-in for the
-// distribution of t under the null hypothesis. Probabilities are shares of the t* values:
-// two-tailed, those with |t*| >= |t| (the symmetric bootstrap-t test); greater, those with
-// t* >= t; less, those with t* <= t. No +1 correction is applied, so a probability can be 0.
+// distribution of t under the null hypothesis. Probabilities count the t* values as extreme as
+// t: two-tailed, |t*| >= |t| (the symmetric bootstrap-t test); greater, t* >= t; less, t* <= t;
+// p = (1 + count) / (1 + B) (Davison and Hinkley 1997, 4.2): the observed t counts as one of
+// the sample, so a p is never 0, which B samples could never show.
 #pragma once
 
 #include <cstddef>

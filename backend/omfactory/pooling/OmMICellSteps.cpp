@@ -92,7 +92,6 @@ bool OmMICellSteps::Rubin(const RubinAddresses& a, const DiagnosticPlace& diagno
   bool diagnosticsPlaced = false;
 
   MPParamContainer params;
-  params.SetCount(hasSE ? MPParamContainer::kWithStandardErrors : MPParamContainer::kEstimatesOnly);
   OmPivotTable::Coordinates coords;
   bool pooledAny = false;
   for (std::uint64_t p = 0; p < _walk.Count(); ++p) {
@@ -107,6 +106,11 @@ bool OmMICellSteps::Rubin(const RubinAddresses& a, const DiagnosticPlace& diagno
     // computation use the small-sample df instead of treating the data as endless.
     double dfSum = 0.0;
     int dfCount = 0;
+    // A table that shows t but no standard error (a one-sample t test) still gives each
+    // imputation's standard error as estimate / t, when every t allows it.
+    const bool fromTest = !hasSE && DerivableStdErrors(coords, a);
+    const bool withSE = hasSE || fromTest;
+    params.SetCount(withSE ? MPParamContainer::kWithStandardErrors : MPParamContainer::kEstimatesOnly);
     for (int i = 0; i < lastImputation && error == 0; ++i) {
       if (!IsImputation(i)) continue;
       At(coords, a.estimate, i);
@@ -122,6 +126,9 @@ bool OmMICellSteps::Rubin(const RubinAddresses& a, const DiagnosticPlace& diagno
           params.StandardErrors().push_back(se->Value());
           seFormat = se->Format();
         }
+      } else if (fromTest) {
+        At(coords, a.test, i);
+        params.StandardErrors().push_back(std::fabs(estimate->Value() / NumberAt(coords)->Value()));
       }
       const std::pair<const Address*, std::uint32_t*> remembered[] = {
           {&a.df, &dfFormat}, {&a.test, &testFormat}, {&a.significance, &sigFormat}};
@@ -153,7 +160,7 @@ bool OmMICellSteps::Rubin(const RubinAddresses& a, const DiagnosticPlace& diagno
     }
     At(coords, a.estimate, _pooled);
     Put(coords, First(params.Estimates()), estimateFormat);
-    if (hasSE && !params.PooledStandardErrors().empty()) {
+    if (hasSE && !params.PooledStandardErrors().empty()) {  // a derived one has no cell
       At(coords, a.standardError, _pooled);
       Put(coords, params.PooledStandardErrors().front(), seFormat);
     }
@@ -173,7 +180,7 @@ bool OmMICellSteps::Rubin(const RubinAddresses& a, const DiagnosticPlace& diagno
         Put(coords, values[d], kDiagnosticFormat);
       }
     }
-    if (!a.test.empty() && hasSE) {
+    if (!a.test.empty() && withSE) {
       std::vector<double> statistic;
       if (computation->TestStatistic(statistic).IsOK()) {
         At(coords, a.test, _pooled);
@@ -212,6 +219,27 @@ bool OmMICellSteps::Rubin(const RubinAddresses& a, const DiagnosticPlace& diagno
     pooledAny = true;
   }
   return pooledAny;
+}
+
+bool OmMICellSteps::DerivableStdErrors(OmPivotTable::Coordinates& coords,
+                                       const RubinAddresses& a) const {
+  if (a.test.empty()) return false;
+  const int lastImputation = _table.Size(_imputationDim) - 1;
+  bool any = false;
+  for (int i = 0; i < lastImputation; ++i) {
+    if (!IsImputation(i)) continue;
+    At(coords, a.estimate, i);
+    const OmNumber* estimate = NumberAt(coords);
+    if (!estimate) continue;
+    At(coords, a.test, i);
+    const OmNumber* t = NumberAt(coords);
+    if (!t || t->IsSysMiss() || !std::isfinite(t->Value()) || t->Value() == 0.0 ||
+        estimate->IsSysMiss()) {
+      return false;
+    }
+    any = true;
+  }
+  return any;
 }
 
 bool OmMICellSteps::Average(const Address& statistic) {

@@ -54,6 +54,10 @@ public:
   // statistic, no imputation, or nothing was written.
   bool Average(const Address& statistic);
 
+  // True when every imputation with an estimate at this combination (coords: the walk's
+  // position) has a usable t (a number, not missing, not 0), so that estimate / t is its
+  // standard error. coords is used as scratch.
+  bool DerivableStdErrors(OmPivotTable::Coordinates& coords, const RubinAddresses& a) const;
   // The number cell at coords, or null.
   const OmNumber* NumberAt(const OmPivotTable::Coordinates& coords) const;
   // Stores a number cell; the stored cell, or null when the table refused it.

@@ -74,6 +74,8 @@ struct OmMIColumnPoolingPattern::Context {
   OmPivotTable::Coordinates coords;
   Column* key = nullptr;  // the estimate column, else the correlation column
   std::vector<std::size_t> present;       // indices into terms of the terms of this model
+  std::vector<std::size_t> unpooled;      // terms of the model without standard errors
+  std::vector<char> inModel;              // per term: pooled with the model
   std::vector<char> notRedundant;         // per term, from the first imputation read
   std::vector<double> ownDf;              // per present term, the first imputation's own df
   bool firstExpBMissing = false;
@@ -204,12 +206,22 @@ void OmMIColumnPoolingPattern::PoolCombination(OmPivotTable& table, Context& c) 
       return;
     }
   }
+  // A term without a standard error in some imputation (a redundant parameter: B 0, its
+  // standard error blank) cannot be pooled; it is left out of the model so that the other terms
+  // still pool, and gets an empty estimate.
   c.present.clear();
+  c.unpooled.clear();
   for (std::size_t t = 0; t < reference.size(); ++t) {
-    if (reference[t]) c.present.push_back(t);
+    if (!reference[t]) continue;
+    (HasStandardErrors(table, c, c.terms[t]) ? c.present : c.unpooled).push_back(t);
   }
-  // A model that no imputation states has nothing to pool.
-  if (c.present.empty()) return;
+  reference.assign(reference.size(), 0);
+  for (std::size_t t : c.present) reference[t] = 1;
+  c.inModel = std::move(reference);
+  if (c.present.empty()) {
+    WriteUnpooled(table, c);
+    return;
+  }
 
   c.computation = MPFactory::CreateMPCompAlgorithm();
   c.params = MPParamContainer();
@@ -244,7 +256,7 @@ long OmMIColumnPoolingPattern::ReadImputations(OmPivotTable& table, Context& c) 
     std::vector<char> marks;
     for (std::size_t t = 0; t < c.terms.size(); ++t) {
       const int term = c.terms[t];
-      const OmNumber* key = number(*c.key, term, i);
+      const OmNumber* key = c.inModel[t] ? number(*c.key, term, i) : nullptr;
       if (key && !key->IsSysMiss()) {
         estimates.push_back(key->Value());
         if (hasSE && errors.size() + 1 == estimates.size()) {
@@ -277,7 +289,42 @@ long OmMIColumnPoolingPattern::ReadImputations(OmPivotTable& table, Context& c) 
   return 0;
 }
 
+bool OmMIColumnPoolingPattern::HasStandardErrors(const OmPivotTable& table, Context& c, int term) const {
+  if (!c.standardError.Has()) return true;
+  const int categories = table.Size(c.imputationDim);
+  for (int i = 0; i < categories; ++i) {
+    if (!c.IsImputation(i)) continue;
+    const auto* key = dynamic_cast<const OmNumber*>(table.Cell(c.Cell(*c.key, term, i)));
+    if (!key || key->IsSysMiss()) continue;
+    const auto* se = dynamic_cast<const OmNumber*>(table.Cell(c.Cell(c.standardError, term, i)));
+    if (!se || se->IsSysMiss()) return false;
+  }
+  return true;
+}
+
+void OmMIColumnPoolingPattern::WriteUnpooled(OmPivotTable& table, Context& c) const {
+  if (c.unpooled.empty()) return;
+  c.pooled = OmPoolingTools::MakePooledCategory(table, c.imputationDim);
+  for (std::size_t t : c.unpooled) {
+    const int term = c.terms[t];
+    const OmCellText* first = nullptr;
+    for (int i = 0; i < table.Size(c.imputationDim) && !first; ++i) {
+      if (c.IsImputation(i)) first = table.Cell(c.Cell(*c.key, term, i));
+    }
+    const auto* firstNumber = dynamic_cast<const OmNumber*>(first);
+    const auto& at = c.Cell(*c.key, term, c.pooled);
+    table.Cell(at, std::make_unique<OmNumber>(
+                       kSysMiss, firstNumber ? firstNumber->Format() : OmNumber::kDefaultFormat));
+    OmCellText* cell = table.Cell(at);
+    if (cell && first && c.redundancyNote >= 0 && HasFootnote(*first, c.redundancyNote)) {
+      OmPoolingTools::FootnoteCell(_labels.redundancy, table, *cell);
+    }
+  }
+  c.pooledAny = true;
+}
+
 void OmMIColumnPoolingPattern::WritePooled(OmPivotTable& table, Context& c, long error) const {
+  WriteUnpooled(table, c);
   c.pooled = OmPoolingTools::MakePooledCategory(table, c.imputationDim);
   const int pooled = c.pooled;
   if (error == 0) {

@@ -51,6 +51,10 @@ private:
   void PoolCombination(OmPivotTable& table, Context& c) const;
   long ReadImputations(OmPivotTable& table, Context& c) const;
   void WritePooled(OmPivotTable& table, Context& c, long error) const;
+  // False when some imputation states the term's estimate but no usable standard error.
+  bool HasStandardErrors(const OmPivotTable& table, Context& c, int term) const;
+  // The pooled estimates of the terms left out of the model: empty, with the redundancy note.
+  void WriteUnpooled(OmPivotTable& table, Context& c) const;
 
   Labels _labels;
   OmStringCell _statistics;

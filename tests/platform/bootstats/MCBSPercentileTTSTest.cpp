@@ -24,15 +24,15 @@ MCBSPercentileTTS WithOffsets(double estimate, double stdError, double testValue
 TEST(MCBSPercentileTTS, SymmetricReplicatesGiveTheShareOfLargerAbsoluteT) {
   // Observed t = (0 - (-2)) / 1 = 2; t* = -3, -2, -1, 1, 2, 3.
   const MCBSPercentileTTS test = WithOffsets(0.0, 1.0, -2.0, {-3, -2, -1, 1, 2, 3});
-  EXPECT_DOUBLE_EQ(test.GetProbability(MCBSPercentileTTS::TwoTailed), 4.0 / 6.0);
-  EXPECT_DOUBLE_EQ(test.GetProbability(MCBSPercentileTTS::GreaterThan), 2.0 / 6.0);
-  EXPECT_DOUBLE_EQ(test.GetProbability(MCBSPercentileTTS::LessThan), 5.0 / 6.0);
+  EXPECT_DOUBLE_EQ(test.GetProbability(MCBSPercentileTTS::TwoTailed), 5.0 / 7.0);
+  EXPECT_DOUBLE_EQ(test.GetProbability(MCBSPercentileTTS::GreaterThan), 3.0 / 7.0);
+  EXPECT_DOUBLE_EQ(test.GetProbability(MCBSPercentileTTS::LessThan), 6.0 / 7.0);
   // The calculator asks by number: 2 is two-tailed.
-  EXPECT_DOUBLE_EQ(test.GetProbability(static_cast<MCBSPercentileTTS::AltHypType>(2)), 4.0 / 6.0);
+  EXPECT_DOUBLE_EQ(test.GetProbability(static_cast<MCBSPercentileTTS::AltHypType>(2)), 5.0 / 7.0);
   // A negative observed t of the same size gives the same two-tailed share.
   const MCBSPercentileTTS mirrored = WithOffsets(0.0, 1.0, 2.0, {-3, -2, -1, 1, 2, 3});
-  EXPECT_DOUBLE_EQ(mirrored.GetProbability(MCBSPercentileTTS::TwoTailed), 4.0 / 6.0);
-  EXPECT_DOUBLE_EQ(mirrored.GetProbability(MCBSPercentileTTS::LessThan), 2.0 / 6.0);
+  EXPECT_DOUBLE_EQ(mirrored.GetProbability(MCBSPercentileTTS::TwoTailed), 5.0 / 7.0);
+  EXPECT_DOUBLE_EQ(mirrored.GetProbability(MCBSPercentileTTS::LessThan), 3.0 / 7.0);
 }
 
 TEST(MCBSPercentileTTS, ExtremeOrUnusableInputsGiveOneZeroOrSystemMissing) {
@@ -45,7 +45,7 @@ TEST(MCBSPercentileTTS, ExtremeOrUnusableInputsGiveOneZeroOrSystemMissing) {
     double p;
   } cases[] = {
       {"estimate at the test value", 1.5, 0.3, 1.5, {-0.4, 0.1, 0.2, 0.7}, 1.0},
-      {"observed t beyond every replicate", 10.0, 1.0, 0.0, {-3, -2, -1, 1, 2, 3}, 0.0},
+      {"observed t beyond every replicate", 10.0, 1.0, 0.0, {-3, -2, -1, 1, 2, 3}, 1.0 / 7.0},
       {"zero standard error", 1.0, 0.0, 0.0, pair, kMissing},
       {"negative standard error", 1.0, -1.0, 0.0, pair, kMissing},
       {"system-missing standard error", 1.0, kMissing, 0.0, pair, kMissing},
@@ -73,8 +73,8 @@ TEST(MCBSPercentileTTS, EachReplicateIsStudentisedByItsOwnStandardError) {
   test.AddBootstrapStats(4.0, 2.0);
   test.AddBootstrapStats(9.0, 1.0);
   test.AddBootstrapStats(3.0, 0.25);
-  EXPECT_DOUBLE_EQ(test.GetProbability(MCBSPercentileTTS::TwoTailed), 0.75);
-  EXPECT_DOUBLE_EQ(test.GetProbability(MCBSPercentileTTS::GreaterThan), 0.5);
+  EXPECT_DOUBLE_EQ(test.GetProbability(MCBSPercentileTTS::TwoTailed), 4.0 / 5.0);
+  EXPECT_DOUBLE_EQ(test.GetProbability(MCBSPercentileTTS::GreaterThan), 3.0 / 5.0);
 }
 
 TEST(MCBSPercentileTTS, PairsWithoutAUsableTAreLeftOut) {
@@ -92,7 +92,7 @@ TEST(MCBSPercentileTTS, PairsWithoutAUsableTAreLeftOut) {
   test.AddBootstrapStats(inf, 1.0);
   test.AddBootstrapStats(5.0, 1e-320);  // t* overflows
   EXPECT_EQ(test.GetCount(), 2u);
-  EXPECT_DOUBLE_EQ(test.GetProbability(MCBSPercentileTTS::TwoTailed), 0.5);
+  EXPECT_DOUBLE_EQ(test.GetProbability(MCBSPercentileTTS::TwoTailed), 2.0 / 3.0);
 }
 
 TEST(MCBSPercentileTTS, UnknownAlternativeIsRejected) {
@@ -111,5 +111,5 @@ TEST(MCBSPercentileTTS, CopyKeepsItsOwnState) {
   const MCBSPercentileTTS copy = original;
   original.AddBootstrapStats(0.0, 1.0);
   EXPECT_EQ(copy.GetCount(), 6u);
-  EXPECT_DOUBLE_EQ(copy.GetProbability(MCBSPercentileTTS::TwoTailed), 4.0 / 6.0);
+  EXPECT_DOUBLE_EQ(copy.GetProbability(MCBSPercentileTTS::TwoTailed), 5.0 / 7.0);
 }

@@ -142,10 +142,10 @@ protected:
     }
     throw std::runtime_error("no table " + name + " among" + parts);
   }
-  // The number at the categories labelled as given (dimension label -> category label); other
-  // dimensions at their first category. NaN when absent, which no comparison passes.
-  static std::optional<double> At(const OmPivotTable& table,
-                                  const std::map<std::string, std::string>& labels) {
+  // The address of the categories labelled as given (dimension label -> category label); other
+  // dimensions at their first category. Empty when a label is not found.
+  static OmPivotTable::Coordinates Address(const OmPivotTable& table,
+                                           const std::map<std::string, std::string>& labels) {
     OmPivotTable::Coordinates at(std::size_t(table.NDimensions()), 0);
     for (int d = 0; d < table.NDimensions(); ++d) {
       const auto wanted = labels.find(table.Dimension(d).Label()->Text());
@@ -154,15 +154,21 @@ protected:
       for (OmDimension::ConstNode leaf : table.Dimension(d).Leaves()) {
         if (leaf->Label()->Text() == wanted->second) at[std::size_t(d)] = leaf->LeafIndex();
       }
-      if (at[std::size_t(d)] < 0) return std::nan("");
+      if (at[std::size_t(d)] < 0) return {};
     }
-    const auto* number = dynamic_cast<const OmNumber*>(table.Cell(at));
+    return at;
+  }
+  // The number there; NaN when absent, which no comparison passes.
+  static std::optional<double> At(const OmPivotTable& table,
+                                  const std::map<std::string, std::string>& labels) {
+    const OmPivotTable::Coordinates at = Address(table, labels);
+    const auto* number = at.empty() ? nullptr : dynamic_cast<const OmNumber*>(table.Cell(at));
     if (!number) return std::nan("");
     return number->Value();
   }
 
   // A t test table of m imputations with estimates q and variances u, each imputation's df
-  // cell stating dfcom (none when dfcom is infinite).
+  // cell stating dfcom (none when dfcom is infinite); se null: the table shows no standard error.
   void TTest(const std::string& name, const char* table, const char* estimate, const char* se,
              double dfcom, const std::vector<double>& q, const std::vector<double>& u) {
     OmStreamWriter out;
@@ -176,7 +182,7 @@ protected:
       w.Category("Variables", w.Variable("score"));
       const double estimateValue = i == 0 ? 1.0 : q[i - 1], error = i == 0 ? 0.5 : std::sqrt(u[i - 1]);
       w.Cell(estimate, estimateValue);
-      w.Cell(se, error);
+      if (se) w.Cell(se, error);
       w.Cell("t", estimateValue / error);
       if (std::isfinite(dfcom)) w.Cell("df", dfcom, kWhole);
       w.Cell("Sig(2-tailed)...", 0.5);
@@ -195,7 +201,7 @@ protected:
     line << "mi " << name << ' ' << (std::isfinite(dfcom) ? std::to_string(dfcom) : "Inf") << ' '
          << q.size() << Join(rValues);
     cases.push_back({name, line.str(),
-                     {value(estimate), value(se), value("t"), value("df"), value("Sig(2-tailed)..."),
+                     {value(estimate), se ? value(se) : std::nullopt, value("t"), value("df"), value("Sig(2-tailed)..."),
                       value("Lower"), value("Upper"), value("Relative Increase Variance"),
                       value("Fraction Missing Info."), value("Relative Efficiency")}});
     // The interval's label reads as a reader expects it, the pattern's escape gone.
@@ -241,6 +247,9 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
         "Std. Error Diff...", 120, q20, u20);
   TTest("paired_m5_df29", "Paired Samples Test", "Mean", "Std. Error Mean", 29,
         {0.61, 0.42, 0.75, 0.58, 0.49}, {0.040, 0.052, 0.047, 0.044, 0.050});
+  // A one-sample test shows no standard error: estimate / t gives it.
+  TTest("one_sample_m5_df24", "One Sample Test", "Mean Difference", nullptr, 24,
+        {0.92, 1.10, 0.75, 1.31, 0.88}, {0.090, 0.110, 0.085, 0.120, 0.100});
   // All imputations agree: df = dfobs and the t reference, not the normal.
   TTest("no_between_variance_df73", "Independent Samples Test", "Mean Difference",
         "Std. Error Diff...", 73, {1.9, 1.9, 1.9, 1.9, 1.9}, {1.0, 1.0, 1.0, 1.0, 1.0});
@@ -289,6 +298,61 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
                         value("Lower Bound"), value("Upper Bound"), value("Relative Increase Variance"),
                         value("Fraction Missing Info."), value("Relative Efficiency")}});
     }
+  }
+
+  {
+    // A parameter redundant in every imputation (B 0, no standard error) is left out of the
+    // model: the other terms pool as without it.
+    const std::vector<std::vector<double>> b = {{4.10, 4.35, 3.95}, {-0.82, -0.71, -0.90}};
+    const std::vector<std::vector<double>> se = {{0.41, 0.39, 0.44}, {0.160, 0.150, 0.171}};
+    OmStreamWriter out;
+    out.ByteOrderProbe();
+    out.OutputSetting("MIOUTPUT", "observed imputed pooled diagnostics");
+    out.BeginProcedure(5, "procedure=GLM\ntranslated=GLM\n");
+    Writer w(out);
+    w.Table("Parameter Estimates", "Imputation_", {"Parameter"});
+    const char* terms[] = {"Intercept", "[group=1]", "[group=2]"};
+    for (int i = 0; i <= 3; ++i) {
+      w.SplitCategory(i);
+      for (int term = 0; term < 3; ++term) {
+        w.Category("Parameter", w.Text(terms[term]));
+        if (term == 2) {
+          w.Cell("B", 0.0);
+          out.Annotate(5, w.Text("Redundant parameter ..."));
+          continue;
+        }
+        const double estimate = i == 0 ? 1.0 : b[term][i - 1], error = i == 0 ? 0.5 : se[term][i - 1];
+        w.Cell("B", estimate);
+        w.Cell("Std. Error", error);
+        w.Cell("t", estimate / error);
+        w.Cell("Significance", 0.01);
+        w.Interval("^1% Confidence Interval", "Lower Bound", "Upper Bound");
+      }
+    }
+    out.EndTable(kTcid);
+    out.EndProcedure();
+    Run(out);
+    const OmPivotTable& pooled = Table("Parameter Estimates");
+    for (int term = 0; term < 2; ++term) {
+      auto value = [&](const char* statistic) {
+        return At(pooled, {{"Imputation Number", "Pooled"}, {"Parameter", terms[term]}, {"Statistics", statistic}});
+      };
+      std::vector<double> rValues = b[term];
+      for (double s : se[term]) rValues.push_back(s * s);
+      const std::string name = "redundant_model_" + std::to_string(term);
+      cases.push_back({name, "mi " + name + " Inf 3" + Join(rValues),
+                       {value("B"), value("Std. Error"), value("t"), std::nullopt, value("Significance"),
+                        value("Lower Bound"), value("Upper Bound"), value("Relative Increase Variance"),
+                        value("Fraction Missing Info."), value("Relative Efficiency")}});
+    }
+    auto redundant = [&](const char* statistic) {
+      return At(pooled, {{"Imputation Number", "Pooled"}, {"Parameter", "[group=2]"}, {"Statistics", statistic}});
+    };
+    EXPECT_EQ(*redundant("B"), OmNumber::kSysMiss);
+    EXPECT_EQ(mitest::NotesAt(pooled, Address(pooled, {{"Imputation Number", "Pooled"}, {"Parameter", "[group=2]"}, {"Statistics", "B"}})),
+              std::vector<std::string>{"Redundant parameter ..."});
+    EXPECT_TRUE(std::isnan(*redundant("Std. Error")));
+    EXPECT_TRUE(std::isnan(*redundant("Significance")));
   }
 
   for (const char* tails : {"1", "2"}) {
