@@ -125,22 +125,30 @@ void MCBSBCaCI::AddJackknifeStat(double value, double weight, std::uint32_t grou
   _my->_jackknife.push_back({value, weight, group});
 }
 
-std::pair<double, double> MCBSBCaCI::GetCI(double level) const {
+std::pair<double, double> MCBSBCaCI::GetAdjustedLevels(double level) const {
   const double missing = MCBSCommon::SystemMissing;
   if (!(level > 0.0 && level < 1.0)) return {missing, missing};
   const double z0 = _my->BiasCorrection();
   const double a = _my->Acceleration();
   if (!std::isfinite(z0) || !std::isfinite(a)) return {missing, missing};
 
-  const auto bound = [&](double alpha) {
+  const auto adjust = [&](double alpha) {
     const double shifted = z0 + MCBSCommon::NormalQuantile(alpha);
     const double denominator = 1.0 - a * shifted;
     // Past this point the adjusted level no longer grows with alpha: no usable bound.
     if (!(denominator > 0.0)) return missing;
-    const double adjusted = MCBSCommon::NormalCdf(z0 + shifted / denominator);
-    return MCBSPercentileCI::Quantile(_my->_sorted, adjusted);
+    return MCBSCommon::NormalCdf(z0 + shifted / denominator);
   };
-  return {bound((1.0 - level) / 2.0), bound((1.0 + level) / 2.0)};
+  return {adjust((1.0 - level) / 2.0), adjust((1.0 + level) / 2.0)};
+}
+
+std::pair<double, double> MCBSBCaCI::GetCI(double level) const {
+  const double missing = MCBSCommon::SystemMissing;
+  const auto [low, high] = GetAdjustedLevels(level);
+  const auto bound = [&](double alpha) {
+    return alpha == missing ? missing : MCBSPercentileCI::Quantile(_my->_sorted, alpha);
+  };
+  return {bound(low), bound(high)};
 }
 
 double MCBSBCaCI::GetBiasCorrection() const {

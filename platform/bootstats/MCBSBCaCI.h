@@ -58,6 +58,10 @@ public:
   // outside (0, 1).
   std::pair<double, double> GetCI(double level) const;
 
+  // The levels alpha' whose replicate quantiles are the bounds; system-missing where GetCI's
+  // bound is for a reason other than the rank (B + 1) alpha' falling outside 1 ... B.
+  std::pair<double, double> GetAdjustedLevels(double level) const;
+
   // z0; system-missing when it is infinite or there are no replicates.
   double GetBiasCorrection() const;
 

@@ -64,6 +64,8 @@ void BootstrapCellCalculator::ComputeCollected(const OmPivotTable::Coordinates& 
                                     collected.Estimate(), collected.EstimateStdError());
   const auto [lower, upper] = calculator.ConfidenceInterval(my._levelPct);
   const double significance = calculator.Significance(2, 0.0);
+  const bool boundMissing = lower == OmNumber::kSysMiss || upper == OmNumber::kSysMiss;
   my._writer->Write(target, unsigned(replicates.size()), collected.JackknifeComplete(),
-                    calculator.Bias(), calculator.StandardError(), significance, lower, upper);
+                    calculator.Bias(), calculator.StandardError(), significance, lower, upper,
+                    boundMissing ? calculator.SamplesForCoverage(my._levelPct) : 0);
 }

@@ -26,7 +26,8 @@ OmComposite PatternWithNumbers(const char* pattern, std::initializer_list<OmNumb
 }
 
 unsigned CoverageFor(double levelPct) {
-  const double count = std::floor(200.0 / (100.0 - levelPct) - 0.5);
+  // The margin keeps exact levels (95: 39) from rounding up to the next count.
+  const double count = std::ceil(200.0 / (100.0 - levelPct) - 1.0 - 1e-9);
   // A level outside (0, 100) comes only from a caller's mistake; keep the count representable.
   if (std::isnan(count) || count < 0.0) return 0;
   if (count > double(std::numeric_limits<unsigned>::max())) return std::numeric_limits<unsigned>::max();
@@ -125,7 +126,8 @@ BootstrapResultWriter::~BootstrapResultWriter() = default;
 
 void BootstrapResultWriter::Write(const OmPivotTable::Coordinates& address, unsigned count,
                                   bool cellHasJackknife, double bias, double standardError,
-                                  double significance, double lower, double upper) {
+                                  double significance, double lower, double upper,
+                                  unsigned coverageSamples) {
   Data& my = *_my;
   OmPivotTable& table = *my._table;
 
@@ -147,12 +149,15 @@ void BootstrapResultWriter::Write(const OmPivotTable::Coordinates& address, unsi
     jackknife = my.AddFootnote(Label("Not all jackknife results available, so..."));
     MarkIncomplete();
   }
+  // A bound is never left empty without a word: too few replicates for the interval's levels
+  // (said also beside a missing jackknife when the count alone would empty it).
   std::optional<int> coverage;
-  if (lower == OmNumber::kSysMiss && count < my._coverageCount) {
+  if ((lower == OmNumber::kSysMiss || upper == OmNumber::kSysMiss) &&
+      (!jackknife || count < my._coverageCount)) {
+    const unsigned needed = coverageSamples != 0 ? coverageSamples : my._coverageCount;
     coverage = my.AddFootnote(PatternWithNumbers(
         "^1% coverage needs ^2 samples...",
-        {OmNumber(my._levelPct, LevelFormat(my._levelPct)),
-         OmNumber(double(my._coverageCount), kCountFormat)}));
+        {OmNumber(my._levelPct, LevelFormat(my._levelPct)), OmNumber(double(needed), kCountFormat)}));
   }
 
   // Results read in the statistic's own format.

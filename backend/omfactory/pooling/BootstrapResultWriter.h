@@ -39,9 +39,12 @@ public:
   // range: with jackknife samples asked for and none for this cell, the bounds are written
   // empty and the table's label gets "Not all bootstrap results available...". A negative
   // significance is not written (except with significanceOnly).
+  // A bound that is missing otherwise is explained by "^1% coverage needs ^2 samples...", ^2 =
+  // coverageSamples when not 0 (what a BCa interval's adjusted levels need), else the
+  // percentile interval's CoverageCount().
   void Write(const OmPivotTable::Coordinates& address, unsigned count, bool cellHasJackknife,
              double bias, double standardError, double significance, double lower,
-             double upper);
+             double upper, unsigned coverageSamples = 0);
 
   // The category numbers of the results on the result dimension.
   int BiasCategory() const;
@@ -49,8 +52,8 @@ public:
   int SignificanceCategory() const;
   int LowerCategory() const;
   int UpperCategory() const;
-  // Below this many replicate values the interval needs a footnote: floor(200 / (100 - level)
-  // - 0.5), 39 for a 95% interval.
+  // The fewest replicates whose order statistics reach a percentile interval's levels: rank
+  // (B + 1)(1 - level) / 2 >= 1, so B = ceil(200 / (100 - level) - 1): 39 for 95%, 22 for 91%.
   unsigned CoverageCount() const;
   // The number format of a confidence level shown in a label: no decimals for a whole number,
   // one decimal otherwise.

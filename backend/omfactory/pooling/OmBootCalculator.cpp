@@ -1,6 +1,7 @@
 #include "backend/omfactory/pooling/OmBootCalculator.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 
 #include "platform/bootstats/MCBSBCaCI.h"
@@ -35,6 +36,9 @@ struct OmBootCalculator::Data {
   bool _replicatesPresent = true;
   bool _stdErrorsPresent = true;
   bool _jackknifePresent = true;
+
+  // The BCa interval of the collected values.
+  MCBSBCaCI BCa() const;
 };
 
 OmBootCalculator::OmBootCalculator(const std::vector<double>& replicates,
@@ -102,26 +106,43 @@ std::pair<double, double> OmBootCalculator::ConfidenceInterval(double levelPct) 
     return percentile.GetCI(levelPct / 100.0);
   }
 
-  const JackknifeList& entries = *my._jackknifeList;
+  return my.BCa().GetCI(levelPct / 100.0);
+}
+
+unsigned OmBootCalculator::SamplesForCoverage(double levelPct) const {
+  const Data& my = *_my;
+  if (my._jackknifeValues->empty() || !my._replicatesPresent || !my._jackknifePresent) return 0;
+  const auto [low, high] = my.BCa().GetAdjustedLevels(levelPct / 100.0);
+  if (low == kSysMiss || high == kSysMiss) return 0;
+  // Both ranks (B + 1) alpha' must lie in 1 ... B: B >= 1 / alpha' - 1 for the smaller tail.
+  const double tail = std::min(low, 1.0 - high);
+  if (!(tail > 0.0)) return 0;
+  const double needed = std::ceil(1.0 / tail - 1.0 - 1e-9);
+  return needed < 4e9 ? unsigned(needed) : 0;
+}
+
+MCBSBCaCI OmBootCalculator::Data::BCa() const {
+  const JackknifeList& entries = *_jackknifeList;
+  const std::vector<double>& jackknife = *_jackknifeValues;
   std::uint32_t largestGroup = 0;
-  for (std::uint32_t i = my._jackknifeStart; i < my._jackknifeEnd; ++i) {
+  for (std::uint32_t i = _jackknifeStart; i < _jackknifeEnd; ++i) {
     largestGroup = std::max(largestGroup, entries[i].group);
   }
   std::vector<double> groupWeights(std::size_t(largestGroup) + 1, 0.0);
-  for (std::uint32_t i = my._jackknifeStart; i < my._jackknifeEnd; ++i) {
+  for (std::uint32_t i = _jackknifeStart; i < _jackknifeEnd; ++i) {
     groupWeights[entries[i].group] += entries[i].value;
   }
-  MCBSBCaCI bca(my._estimate);
+  MCBSBCaCI bca(_estimate);
   bca.SetSumWeights(groupWeights);
-  bca.SetBootstrapStats(replicates);
-  for (std::uint32_t i = my._jackknifeStart; i < my._jackknifeEnd; ++i) {
-    // The collector leaves out missing jackknife values, so the list can be shorter than the
-    // range: an entry without a value is given as missing, which the interval leaves out.
-    const std::size_t k = i - my._jackknifeStart;
+  bca.SetBootstrapStats(*_replicates);
+  for (std::uint32_t i = _jackknifeStart; i < _jackknifeEnd; ++i) {
+    // Jackknife value k belongs to entry start + k; an entry without a value is given as
+    // missing, which the interval leaves out.
+    const std::size_t k = i - _jackknifeStart;
     const double value = k < jackknife.size() ? jackknife[k] : kSysMiss;
     bca.AddJackknifeStat(value, entries[i].value, entries[i].group);
   }
-  return bca.GetCI(levelPct / 100.0);
+  return bca;
 }
 
 double OmBootCalculator::Significance(int alternative, double testValue) const {

@@ -38,6 +38,10 @@ public:
   // BCa interval with them; both system-missing when a replicate or jackknife value is missing
   // or there is no replicate.
   std::pair<double, double> ConfidenceInterval(double levelPct) const;
+  // For a BCa interval, the number of replicates whose extreme order statistics would reach its
+  // adjusted levels (so that neither bound falls outside them); 0 for a percentile interval or
+  // when no number would do.
+  unsigned SamplesForCoverage(double levelPct) const;
   // The bootstrap-t probability of the estimate against testValue under the alternative
   // (MCBSPercentileTTS::AltHypType; 2 is two-tailed); -1.0 when there are no replicate standard
   // errors or a replicate value or standard error is missing. Another alternative is an

@@ -22,9 +22,11 @@ pool_mi <- function(name, dfcom, Q, U) {
   fmi <- (p$r + 2 / (df + 3)) / (p$r + 1)
   se <- sqrt(p$t)
   q <- qt(0.975, df)
-  # estimate, standard error, t, df, two-tailed p, 95% bounds, riv, fmi, relative efficiency
-  out(name, c(p$qbar, se, p$qbar / se, df, 2 * pt(-abs(p$qbar / se), df),
-              p$qbar - q * se, p$qbar + q * se, p$r, fmi, 1 / (1 + fmi / m)))
+  # estimate, standard error, t, df, two-tailed p, 95% bounds, riv, fmi, relative efficiency,
+  # then Exp(B) with its bounds and the Wald statistic t^2
+  lower <- p$qbar - q * se; upper <- p$qbar + q * se
+  out(name, c(p$qbar, se, p$qbar / se, df, 2 * pt(-abs(p$qbar / se), df), lower, upper,
+              p$r, fmi, 1 / (1 + fmi / m), exp(p$qbar), exp(lower), exp(upper), (p$qbar / se)^2))
 }
 
 # A boot object for replicates computed elsewhere: boot.ci needs only t0, t and the call.

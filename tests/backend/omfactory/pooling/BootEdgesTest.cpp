@@ -1,0 +1,80 @@
+// Bootstrap results at their edges: bounds that the replicates cannot reach are explained, and
+// BCa's jackknife groups are centred and scaled by their own weights.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "BootTables.h"
+#include "backend/omfactory/pooling/BootstrapCellCalculator.h"
+#include "backend/omfactory/pooling/OmBootCalculator.h"
+
+namespace {
+
+using namespace boottest;
+
+TEST(BootEdges, BoundsTheReplicatesCannotReachCarryTheCoverageNote) {
+  struct Case {
+    const char* name;
+    double level;
+    int samples;
+    int jackknife;      // jackknife samples after the bootstrap samples (BCa)
+    bool lowerMissing, upperMissing;  // either gives both bounds the note
+    const char* note;
+  };
+  const Case cases[] = {
+      // At 91% the rank 22 * 0.045 = 0.99 is below the first replicate; 22 replicates reach it.
+      {"percentile, one replicate short", 91.0, 21, 0, true, true, "91% coverage needs 22 samples..."},
+      {"percentile, enough replicates", 91.0, 22, 0, false, false, nullptr},
+      // Replicates 1 .. 200 around an estimate of 100.5 (z0 = 0); jackknife values nine 0s and a
+      // 10 give a = -0.1405, lifting the lower level to 0.003414 (R: pnorm(z0 + (z0 + qnorm(.025))
+      // / (1 - a (z0 + qnorm(.025))))), whose rank needs ceiling(1 / 0.003414 - 1) = 292 samples.
+      {"BCa, a skew the replicates cannot cover", 95.0, 200, 10, true, false, "95% coverage needs 292 samples..."},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    TableBuilder b("Descriptive Statistics");
+    const int stats = Dim(*b, "Statistics", {"Mean"});
+    const int split = SplitDim(b, c.samples + c.jackknife);
+    Replicates(b, {0, 0}, split, c.samples + c.jackknife, [&](int k) {
+      if (k == 0) return c.jackknife ? 100.5 : 11.0;
+      if (k <= c.samples) return c.jackknife ? double(k) : double(k % 5) + 0.1 * k;
+      return k == c.samples + c.jackknife ? 10.0 : 0.0;
+    });
+    SvrBootstrapSpecs specs = Specs(unsigned(c.samples), c.level);
+    if (c.jackknife) {
+      specs.SetJackknifeList(std::vector<SvrBootstrapSpecs::JackknifeEntry>(std::size_t(c.jackknife), {1.0, 0}));
+    }
+    auto writer = std::make_unique<BootstrapResultWriter>(
+        c.level, *b, stats, OmStringCell("Bootstrap", true), "bootstrap samples", unsigned(c.samples),
+        false, c.jackknife != 0, false);
+    BootstrapResultWriter& results = *writer;
+    BootstrapCellCalculator calculator(specs, *b, std::move(writer), split, {});
+    calculator.ComputeCell({0, 0}, {}, false);
+    const OmPivotTable::Coordinates lower{results.LowerCategory(), 0}, upper{results.UpperCategory(), 0};
+    EXPECT_EQ(NumberAt(*b, lower).IsSysMiss(), c.lowerMissing);
+    EXPECT_EQ(NumberAt(*b, upper).IsSysMiss(), c.upperMissing);
+    const std::vector<std::string> notes = c.note ? std::vector<std::string>{c.note} : std::vector<std::string>{};
+    EXPECT_EQ(NotesAt(*b, lower), notes);
+    EXPECT_EQ(NotesAt(*b, upper), notes);
+  }
+}
+
+TEST(BootEdges, BCaGroupsAreCentredAndScaledByTheirWeightSums) {
+  // Two jackknife groups of weight 3 each: group 0 values 1, 2, 6 (mean 3), group 1 values 3
+  // (weight 2) and 7 (mean 13/3). Scaled by N_g - 1 = 2 the influence values are 4, 2, -6, 8/3,
+  // 8/3, -16/3, so a = -0.043837. Expected: R boot 1.3-28, boot.ci(type = "bca") of t = k/10 +
+  // (k %% 7)/100, k = 1 .. 99, t0 = 5.05, L = c(4, 2, -6, 8/3, 8/3, -16/3).
+  std::vector<double> replicates;
+  for (int k = 1; k <= 99; ++k) replicates.push_back(k / 10.0 + (k % 7) / 100.0);
+  const OmBootCalculator::JackknifeList entries = {{1.0, 0}, {1.0, 0}, {1.0, 0}, {2.0, 1}, {1.0, 1}};
+  const std::vector<double> jackknife = {1.0, 2.0, 6.0, 3.0, 7.0}, none;
+  const OmBootCalculator calculator(replicates, none, jackknife, entries, 0, 5, 5.05, kSysMiss);
+  const auto [lower, upper] = calculator.ConfidenceInterval(95.0);
+  EXPECT_NEAR(lower, 0.19472418192337995, 1e-9);
+  EXPECT_NEAR(upper, 9.7156030612378714, 1e-9);
+}
+
+}  // namespace
