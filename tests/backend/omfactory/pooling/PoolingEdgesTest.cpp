@@ -1,5 +1,6 @@
-// Bootstrap results at their edges: bounds that the replicates cannot reach are explained, and
-// BCa's jackknife groups are centred and scaled by their own weights.
+// Pooled results at their edges: bootstrap bounds that the replicates cannot reach are explained,
+// BCa's jackknife groups are centred and scaled by their own weights, and a correlation matrix
+// without N cells takes each imputation's N from its listwise-N footnote.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -10,6 +11,9 @@
 #include "BootTables.h"
 #include "backend/omfactory/pooling/BootstrapCellCalculator.h"
 #include "backend/omfactory/pooling/OmBootCalculator.h"
+#include "backend/omfactory/pooling/OmMICorrMatrixPoolingPattern.h"
+#include "platform/outputmodel/OmComposite.h"
+#include "platform/outputmodel/OmFootnote.h"
 
 namespace {
 
@@ -75,6 +79,37 @@ TEST(BootEdges, BCaGroupsAreCentredAndScaledByTheirWeightSums) {
   const auto [lower, upper] = calculator.ConfidenceInterval(95.0);
   EXPECT_NEAR(lower, 0.19472418192337995, 1e-9);
   EXPECT_NEAR(upper, 9.7156030612378714, 1e-9);
+}
+
+TEST(MIEdges, ListwiseNFootnotesGiveTheNOfEachImputation) {
+  // Expected: R mice 3.15, pool.scalar(atanh(r), 1 / (n - 3)) with r = .41, .37, .45 and
+  // n = 120, 118, 121: tanh(qbar), and the two-tailed p of qbar / sqrt(t) on the classical df.
+  const std::vector<double> r = {0.41, 0.37, 0.45}, n = {120, 118, 121};
+  const char* const kListwise = "[:^1=^2,:]1\\:Listwise N=^2";
+  TableBuilder t("Correlations", "Correlations");
+  t.Dim("Variables", {"x", "y"});
+  t.Dim("With", {"x", "y"});
+  t.Dim("Statistics", {"Pearson Correlation", "Sig. (2-tailed)"});
+  const int imputation = t.Imputations(3);
+  for (int i = 1; i <= 3; ++i) {
+    t.Number({0, 1, 0, i}, r[std::size_t(i - 1)]);
+    t.Number({0, 1, 1, i}, 0.001);
+    // "Imputation Number = i: Listwise N = n", as a procedure words it.
+    OmComposite note{OmStringCell(kListwise)};
+    note.BeginRepeatList();
+    note.Add(OmVariable("Imputation_", "Imputation Number"));
+    note.Add(OmNumDataValue("Imputation_", "", double(i), mitest::kNoDecimals));
+    note.EndRepeatList();
+    note.Add(OmNumber(n[std::size_t(i - 1)], mitest::kNoDecimals));
+    t->Footnote(OmFootnote(note), false);
+  }
+  OmMICorrMatrixPoolingPattern pattern("Correlations", "Correlations");
+  pattern.SetLabels({.statistics = "Statistics", .correlation = "Pearson Correlation", .n = "N",
+                     .listwiseN = kListwise, .significanceTwoTailed = "Sig. (2-tailed)"});
+  ASSERT_TRUE(pattern.Pool(*t, nullptr));
+  const int pooled = t->Size(imputation) - 1;
+  EXPECT_NEAR(NumberAt(*t, {0, 1, 0, pooled}).Value(), 0.41052699141945576, 1e-12);
+  EXPECT_NEAR(NumberAt(*t, {0, 1, 1, pooled}).Value(), 0.00036858110252905397, 1e-12);
 }
 
 }  // namespace
