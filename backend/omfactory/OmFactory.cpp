@@ -96,3 +96,4 @@ void OmFactory::ImputationOutput(bool& pooled, bool& observed, bool& imputed,
 
 std::size_t OmFactory::RecoveredErrorCount() const { return _my->_recoveredErrors; }
 const OMSException* OmFactory::LastRecoveredError() const { return _my->_lastError.get(); }
+const std::vector<std::string>& OmFactory::Warnings() const { return _my->_warnings; }

@@ -119,6 +119,9 @@ public:
   // before the first), so that a host can report failures the stream itself never sees.
   std::size_t RecoveredErrorCount() const;
   const OMSException* LastRecoveredError() const;
+  // What the session did in place of what the stream asked, without cutting output (an output
+  // language without a string table is shown in English), each said once, oldest first.
+  const std::vector<std::string>& Warnings() const;
 
 private:
   // The session state and the dispatcher (OmFactoryData.h).

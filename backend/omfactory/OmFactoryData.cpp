@@ -1,6 +1,8 @@
 #include "backend/omfactory/OmFactoryData.h"
 
+#include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <new>
 #include <typeinfo>
 
@@ -37,10 +39,9 @@ OmOutputTree* CheckedTree(OmOutputTree* tree) {
   return tree;
 }
 
-// The multibyte string functions work in the current code page: the session's texts are in
-// codePage from here on. An unknown name throws before anything changes.
-const std::string& MadeCurrent(const std::string& codePage) {
-  CodePage::SetCurrent(codePage);
+// An unknown code page throws before anything is made.
+const std::string& Checked(const std::string& codePage) {
+  CodePage::Get(codePage);
   return codePage;
 }
 
@@ -65,26 +66,35 @@ int TruncatedInt(double value) {
 OmFactory::Data::Data(OmOutputTree* outputTree, const ExtNameStr& stringTablePath,
                       const std::string& codePage, const std::vector<OMSObjectSelector>& requests)
     : _outputTree(CheckedTree(outputTree)),
-      _codePage(MadeCurrent(codePage)),
+      _codePage(Checked(codePage)),
+      _page(&CodePage::Get(codePage)),
       _stringTablePath(stringTablePath),
       _dictionary(stringTablePath),
       _translator(&_dictionary),
-      _selector(requests, &_translator.GetCellTextTranslator()) {}
+      _selector(requests, &_translator.GetCellTextTranslator()) {
+  _dictionary.SetCodePage(_page);
+}
 
 OmFactory::Data::Data(OmOutputTree* outputTree, const std::string& stringTablePath,
                       const std::string& codePage, const std::vector<OMSObjectSelector>& requests)
     : _outputTree(CheckedTree(outputTree)),
-      _codePage(MadeCurrent(codePage)),
+      _codePage(Checked(codePage)),
+      _page(&CodePage::Get(codePage)),
       _stringTablePath(GenericPath(stringTablePath)),
       _dictionary(stringTablePath),
       _translator(&_dictionary),
-      _selector(requests, &_translator.GetCellTextTranslator()) {}
+      _selector(requests, &_translator.GetCellTextTranslator()) {
+  _dictionary.SetCodePage(_page);
+}
 
 OmFactory::Data::~Data() = default;
 
 // Recovery.
 
 void OmFactory::Data::Message(short code, unsigned length, const void* payload) {
+  // The session's texts are in its own code page; the string functions work in it while the
+  // session works, whatever other sessions on other threads use.
+  const CodePage::Scope scope(*_page);
   try {
     ProcessMessage(code, length, payload);
   } catch (const std::bad_alloc&) {
@@ -149,9 +159,10 @@ void OmFactory::Data::BeginProcedure(std::int64_t id, std::string_view settingsT
   const std::string locale = settings.getLocale();
   const bool unicode = settings.getUnicode();
 
-  // Set even when unchanged: another session on this process may have set its own meanwhile.
-  CodePage::SetCurrent(codePage);
   if (codePage != _codePage) {
+    _page = &CodePage::Get(codePage);  // an unknown name throws before anything changes
+    CodePage::SetCurrent(*_page);
+    _dictionary.SetCodePage(_page);
     _logBlock = nullptr;
     _codePage = codePage;
   }
@@ -301,8 +312,23 @@ void OmFactory::Data::OutputSetting(std::string_view keyword, std::string_view v
     _tableValueMode = mode;
   } else if (keyword == "OLANG") {
     if (const OmLanguage* language = OmFindLanguage(value)) {
-      SetStringTablePath(PathFactory::getPathInstance(PathFactory::kStringTables)
-                             .GetFullPath(language->folder));
+      PathFactory& root = PathFactory::getPathInstance(PathFactory::kStringTables);
+      SetStringTablePath(root.GetFullPath(language->folder));
+      if (_dictionary.HasTable()) return;
+      // A language that is not installed: English rather than the bare keys, and the host is told.
+      const ExtNameStr english = root.GetFullPath("lang/en");
+      std::error_code ec;
+      if (!std::filesystem::is_regular_file(
+              std::filesystem::path(english.GetGeneric()) / FacSTDictionary::kTableFileName, ec)) {
+        return;  // no tables at all: the keys are the English texts
+      }
+      SetStringTablePath(english);
+      const std::string warning = std::string("no string table for the output language ") +
+                                  language->code + " (" + english.GetGeneric() +
+                                  " used instead of " + language->folder + ")";
+      if (std::find(_warnings.begin(), _warnings.end(), warning) == _warnings.end()) {
+        _warnings.push_back(warning);
+      }
     }
   } else if (keyword == "TFIT") {
     _labelsOnly = value == "Labels";

@@ -24,6 +24,7 @@
 class MessageHandler;
 class OmComposite;
 class OmPayload;
+class CodePage;
 class OmPivotFactory;
 class OmTextBlock;
 class icuTracker;
@@ -105,6 +106,7 @@ struct OmFactory::Data {
   std::unique_ptr<OmTextBlock> _logProbe;
   OmStringCell _logTitle{"Log", false};
   std::string _codePage;
+  const CodePage* _page;  // _codePage's, loaded
   std::string _locale;
   bool _unicode = true;
 
@@ -132,6 +134,7 @@ struct OmFactory::Data {
 
   std::vector<OmFactory::Observer*> _observers;
   std::size_t _recoveredErrors = 0;
+  std::vector<std::string> _warnings;
   std::unique_ptr<OMSException> _lastError;
 
   // Message decoding state.

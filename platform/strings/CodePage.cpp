@@ -1,7 +1,6 @@
 #include "platform/strings/CodePage.h"
 
 #include <array>
-#include <atomic>
 #include <map>
 #include <mutex>
 #include <unordered_map>
@@ -202,8 +201,10 @@ namespace {
 struct Registry {
   std::mutex mutex;
   std::map<std::string, std::unique_ptr<CodePage>, std::less<>> pages;
-  std::atomic<const CodePage*> current{nullptr};
 };
+
+// Each thread's current code page: sessions on other threads never see it change.
+thread_local const CodePage* tCurrent = nullptr;
 
 Registry& TheRegistry() {
   static Registry registry;
@@ -223,18 +224,17 @@ const CodePage& CodePage::Get(std::string_view name) {
 }
 
 const CodePage& CodePage::Current() {
-  const CodePage* page = TheRegistry().current.load(std::memory_order_acquire);
-  if (page) return *page;
-  const CodePage& utf8 = Get("UTF-8");
-  const CodePage* expected = nullptr;
-  TheRegistry().current.compare_exchange_strong(expected, &utf8, std::memory_order_acq_rel);
-  return *TheRegistry().current.load(std::memory_order_acquire);
+  if (tCurrent == nullptr) tCurrent = &Get("UTF-8");
+  return *tCurrent;
 }
 
-void CodePage::SetCurrent(std::string_view name) {
-  const CodePage& page = Get(name);
-  TheRegistry().current.store(&page, std::memory_order_release);
-}
+void CodePage::SetCurrent(std::string_view name) { tCurrent = &Get(name); }
+
+void CodePage::SetCurrent(const CodePage& page) { tCurrent = &page; }
+
+CodePage::Scope::Scope(const CodePage& page) : _previous(tCurrent) { tCurrent = &page; }
+
+CodePage::Scope::~Scope() { tCurrent = _previous; }
 
 const std::string& CodePage::Name() const { return _my->name; }
 const std::string& CodePage::IcuName() const { return _my->icuName; }

@@ -36,10 +36,26 @@ public:
   // not know or a code page that is not byte-oriented and ASCII-compatible.
   static const CodePage& Get(std::string_view name);
 
-  // The process-wide code page of the session's texts, "UTF-8" until SetCurrent changes it. The
-  // string functions of NuvaroMB.h work in it. Setting is atomic; a session sets it from its thread.
+  // This thread's code page, "UTF-8" until SetCurrent changes it: the string functions of
+  // NuvaroMB.h without a code page argument work in it. Each thread has its own, so sessions on
+  // other threads never switch it; a session makes its own current for the length of each call
+  // (Scope) and changes it when a procedure names another.
   static const CodePage& Current();
   static void SetCurrent(std::string_view name);
+  static void SetCurrent(const CodePage& page);
+
+  // Makes page this thread's current code page until the scope ends, then restores the one
+  // before.
+  class Scope {
+  public:
+    explicit Scope(const CodePage& page);
+    Scope(const Scope&) = delete;
+    Scope& operator=(const Scope&) = delete;
+    ~Scope();
+
+  private:
+    const CodePage* _previous;
+  };
 
   CodePage(const CodePage&) = delete;
   CodePage& operator=(const CodePage&) = delete;

@@ -44,11 +44,12 @@ icu::UnicodeString Folded(const CodePage& codePage, std::string_view text) {
 }
 
 // The first n bytes of text, extended to the end of the character that byte n - 1 belongs to.
-std::string_view PrefixOfWholeCharacters(std::string_view text, std::size_t n) {
+std::string_view PrefixOfWholeCharacters(const CodePage& codePage, std::string_view text,
+                                         std::size_t n) {
   if (n >= text.size()) return text;
   if (IsAscii(text.substr(0, n))) return text.substr(0, n);
   std::size_t end = 0;
-  for (const CodePage::Char& c : CodePage::Current().Split(text)) {
+  for (const CodePage::Char& c : codePage.Split(text)) {
     if (c.offset >= n) break;
     end = c.offset + c.length;
   }
@@ -58,19 +59,31 @@ std::string_view PrefixOfWholeCharacters(std::string_view text, std::size_t n) {
 }  // namespace
 
 int NuvaroMBstricmp_A(std::string_view a, std::string_view b) {
+  return NuvaroMBstricmp_A(CodePage::Current(), a, b);
+}
+
+int NuvaroMBstricmp_A(const CodePage& codePage, std::string_view a, std::string_view b) {
   if (IsAscii(a) && IsAscii(b)) return CompareAsciiFolded(a, b);
-  const CodePage& codePage = CodePage::Current();
   const int8_t order = Folded(codePage, a).compareCodePointOrder(Folded(codePage, b));
   return order < 0 ? -1 : (order > 0 ? 1 : 0);
 }
 
 int NuvaroMBstrnicmp_A(std::string_view a, std::string_view b, std::size_t n) {
+  return NuvaroMBstrnicmp_A(CodePage::Current(), a, b, n);
+}
+
+int NuvaroMBstrnicmp_A(const CodePage& codePage, std::string_view a, std::string_view b,
+                       std::size_t n) {
   if (n == 0) return 0;
-  return NuvaroMBstricmp_A(PrefixOfWholeCharacters(a, n), PrefixOfWholeCharacters(b, n));
+  return NuvaroMBstricmp_A(codePage, PrefixOfWholeCharacters(codePage, a, n),
+                           PrefixOfWholeCharacters(codePage, b, n));
 }
 
 std::size_t NuvaroMBstrrchr_A(std::string_view text, char c) {
-  const CodePage& codePage = CodePage::Current();
+  return NuvaroMBstrrchr_A(CodePage::Current(), text, c);
+}
+
+std::size_t NuvaroMBstrrchr_A(const CodePage& codePage, std::string_view text, char c) {
   // In UTF-8 and single-byte code pages no byte of one character can be part of another.
   if (codePage.IsUtf8() || codePage.IsSingleByte() || IsAscii(text)) return text.rfind(c);
   std::size_t found = std::string_view::npos;
@@ -80,11 +93,14 @@ std::size_t NuvaroMBstrrchr_A(std::string_view text, char c) {
 }
 
 std::string& NuvaroMBstrupr_A(std::string& text) {
+  return NuvaroMBstrupr_A(CodePage::Current(), text);
+}
+
+std::string& NuvaroMBstrupr_A(const CodePage& codePage, std::string& text) {
   if (IsAscii(text)) {
     for (char& c : text) c = AsciiUpper(c);
     return text;
   }
-  const CodePage& codePage = CodePage::Current();
   std::string upper;
   upper.reserve(text.size());
   std::string encoded;
@@ -107,5 +123,9 @@ std::string& NuvaroMBstrupr_A(std::string& text) {
 }
 
 void NuvaroMBU8ToGeneric(std::string& out, std::string_view utf8In) {
-  out = CodePage::Current().FromUtf8(utf8In);
+  NuvaroMBU8ToGeneric(CodePage::Current(), out, utf8In);
+}
+
+void NuvaroMBU8ToGeneric(const CodePage& codePage, std::string& out, std::string_view utf8In) {
+  out = codePage.FromUtf8(utf8In);
 }

@@ -1,5 +1,7 @@
 #include "platform/stringtables/FacSTDictionary.h"
 
+#include <algorithm>
+
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -9,6 +11,7 @@
 #include <unordered_map>
 
 #include "platform/errors/OMSException.h"
+#include "platform/strings/CodePage.h"
 #include "platform/stringtables/PathFactory.h"
 #include "platform/stringtables/StringTable.h"
 
@@ -21,6 +24,7 @@ struct FacSTDictionary::Data {
   bool _procedureLoose = false;               // selected by SetProcedureEx
   const StringTableSection* _section = nullptr;  // in _table; null: global section only
   icuTracker* _tracker = nullptr;
+  const CodePage* _codePage = nullptr;  // null or UTF-8: keys and results stay UTF-8
 
   void SelectSection() {
     _section = nullptr;
@@ -147,15 +151,28 @@ void FacSTDictionary::setICUTracker(icuTracker* tracker) noexcept { _my->_tracke
 
 icuTracker* FacSTDictionary::getICUTracker() const noexcept { return _my->_tracker; }
 
+void FacSTDictionary::SetCodePage(const CodePage* codePage) noexcept { _my->_codePage = codePage; }
+
 std::string FacSTDictionary::LookUp(const std::string& key, std::string& second,
                                     std::string& third) const {
+  // The tables are UTF-8 and the session's texts are in its code page: the key is read as the
+  // table writes it and the texts found are given back in the code page, here and nowhere else.
+  const CodePage* page = _my->_codePage != nullptr && !_my->_codePage->IsUtf8() ? _my->_codePage : nullptr;
+  const bool ascii = std::all_of(key.begin(), key.end(), [](char c) { return (c & 0x80) == 0; });
+  const std::string utf8Key = page && !ascii ? page->ToUtf8(key) : std::string();
+  const std::string& tableKey = page && !ascii ? utf8Key : key;
   const StringTableEntry* entry = nullptr;
-  if (_my->_section) entry = _my->_section->Find(key);
-  if (!entry && _my->_table) entry = _my->_table->Global().Find(key);
+  if (_my->_section) entry = _my->_section->Find(tableKey);
+  if (!entry && _my->_table) entry = _my->_table->Global().Find(tableKey);
   if (!entry) {
     second.clear();
     third.clear();
     return key;
+  }
+  if (page) {
+    second = page->FromUtf8(entry->_second);
+    third = page->FromUtf8(entry->_third);
+    return page->FromUtf8(entry->_translation);
   }
   second = entry->_second;
   third = entry->_third;

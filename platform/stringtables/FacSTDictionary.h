@@ -8,6 +8,7 @@
 
 #include "platform/stringtables/ExtNameStr.h"
 
+class CodePage;
 class icuTracker;
 class StringTable;
 
@@ -16,7 +17,7 @@ class StringTable;
 // of these, an empty location included, behaves like an empty table: every key translates to
 // itself, so a session without string tables still works. A malformed table file is an
 // OMSException naming file and line. Each file is read once per process and shared by every
-// dictionary on it; tables and results are UTF-8.
+// dictionary on it; tables are UTF-8, results are in the dictionary's code page.
 class FacSTDictionary {
 public:
   // The name of the table file inside a language folder.
@@ -51,6 +52,10 @@ public:
   // look-ups do not depend on it; it is kept for the caller's conversions.
   void setICUTracker(icuTracker* tracker) noexcept;
   icuTracker* getICUTracker() const noexcept;
+
+  // The code page of the session's texts (borrowed, may be null: UTF-8): keys are given and
+  // translations returned in it, converted from and to the tables' UTF-8.
+  void SetCodePage(const CodePage* codePage) noexcept;
 
   // The translation of key, and its second and third texts. A key that neither the procedure's
   // section nor the global section holds translates to itself with empty second and third texts.

@@ -107,6 +107,8 @@ int OmRenderCommand::Run(std::ostream& out, std::ostream& err) const {
 
   std::vector<OMSObjectSelector> requests;
   try {
+    // Patterns are upper-cased as they are read: in the code page they will be matched in.
+    const CodePage::Scope scope(CodePage::Get(o.codePage));
     if (!o.omsJson.empty()) requests = OMSRequestFile::ReadJson(o.omsJson, o.codePage);
     if (!o.omsRecords.empty()) {
       for (OMSObjectSelector& r : OMSRequestFile::ReadRecords(o.omsRecords)) requests.push_back(std::move(r));
@@ -157,6 +159,10 @@ int OmRenderCommand::Run(std::ostream& out, std::ostream& err) const {
   int status = kOk;
   {
     OmFactory session(&tree, o.stringTables, o.codePage, requests);
+    // A request that names its destination decides whether output goes to the viewer.
+    for (const OMSObjectSelector& request : requests) {
+      if (request.GetViewerSpecified()) session.setDestViewer(request.GetDestinationIsViewer());
+    }
     KeepAll observer;
     session.Register(&observer);
     const std::uint8_t none = 0;
@@ -198,6 +204,7 @@ int OmRenderCommand::Run(std::ostream& out, std::ostream& err) const {
         status = kFailed;
       }
     }
+    for (const std::string& warning : session.Warnings()) err << "omfactory: warning: " << warning << "\n";
     if (session.Procedure() != nullptr) {
       err << "omfactory: warning: the last procedure did not end (no IPC_END_PROCEDURE); its "
              "output is not shown\n";

@@ -440,38 +440,34 @@ TEST(SessionConstruction, NullOutputTreeIsRefused) {
 
 // The multibyte string functions follow the session: its code page at construction, then each
 // procedure's own; an unknown name is refused and leaves the current one.
-TEST(SessionCodePage, StringFunctionsWorkInTheSessionsCodePage) {
+TEST(SessionCodePage, TheSessionsCodePageHoldsWhileItWorksAndNowhereElse) {
+  // An observer upper-cases a windows-1252 letter while the session hands over a procedure.
+  struct Probe : OmFactory::Observer {
+    bool WantsOutput() override {
+      std::string upper = "\xe9";  // one character in windows-1252, no character in UTF-8
+      seen.push_back(NuvaroMBstrupr_A(upper));
+      return false;
+    }
+    std::vector<std::string> seen;
+  } probe;
   OmOutputTree tree;
   const std::vector<OMSObjectSelector> none;
-  const std::string eAcute = "\xe9";  // one character in windows-1252, no character in UTF-8
-  {
-    OmFactory session(&tree, std::string(), "windows-1252", none);
-    EXPECT_EQ(CodePage::Current().IcuName(), CodePage::Get("windows-1252").IcuName());
-    std::string upper = eAcute;
-    NuvaroMBstrupr_A(upper);
-    EXPECT_EQ(upper, "\xc9");
-
-    OmStreamWriter writer;
-    writer.BeginProcedure(1, Settings("Descriptives", "codepage=UTF-8\n"));
-    Deliver(session, writer);
-    ASSERT_NE(session.Procedure(), nullptr);
-    EXPECT_TRUE(CodePage::Current().IsUtf8());
-    upper = eAcute;
-    NuvaroMBstrupr_A(upper);
-    EXPECT_EQ(upper, eAcute);
+  OmFactory session(&tree, std::string(), "windows-1252", none);
+  session.Register(&probe);
+  OmStreamWriter writer;
+  for (const char* codePage : {"windows-1252", "UTF-8", "no-such-code-page"}) {
+    writer.BeginProcedure(1, Settings("Descriptives", std::string("codepage=") + codePage + "\n"));
+    writer.PrintLine(0, "output");
     writer.EndProcedure();
-
-    // A procedure in a code page that cannot be used does not start; the session goes on.
-    writer.BeginProcedure(2, Settings("Descriptives", "codepage=no-such-code-page\n"));
     Deliver(session, writer);
-    EXPECT_EQ(session.Procedure(), nullptr);
-    ASSERT_NE(session.LastRecoveredError(), nullptr);
-    EXPECT_NE(session.LastRecoveredError()->Message().find("no-such-code-page"), std::string::npos);
+    // The caller's thread keeps its own code page between the session's calls.
     EXPECT_TRUE(CodePage::Current().IsUtf8());
   }
+  EXPECT_EQ(probe.seen, (std::vector<std::string>{"\xc9", "\xe9"}));
+  // A procedure in a code page that cannot be used does not start; the session goes on.
+  ASSERT_NE(session.LastRecoveredError(), nullptr);
+  EXPECT_NE(session.LastRecoveredError()->Message().find("no-such-code-page"), std::string::npos);
   EXPECT_THROW(OmFactory(&tree, std::string(), "no-such-code-page", none), OMSException);
-  EXPECT_TRUE(CodePage::Current().IsUtf8());
-  CodePage::SetCurrent("UTF-8");
 }
 
 TEST(SessionConstruction, PathConstructorsAgree) {
