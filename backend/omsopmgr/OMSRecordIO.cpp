@@ -1,9 +1,16 @@
 #include "backend/omsopmgr/OMSRecordIO.h"
 
+#include <algorithm>
+
 #include <cstring>
 
-#include "backend/omsopmgr/OMSSelector.h"
 #include "platform/errors/OMSException.h"
+
+void ReverseBytes(void* p, int n) {
+  if (n <= 1) return;
+  auto* bytes = static_cast<unsigned char*>(p);
+  std::reverse(bytes, bytes + n);
+}
 
 void OMSRecordWriter::Bytes(const void* data, std::size_t size) {
   _out.write(static_cast<const char*>(data), static_cast<std::streamsize>(size));
@@ -49,7 +56,7 @@ bool OMSRecordReader::Flag(bool& value, const char* field) {
 bool OMSRecordReader::Int32(std::int32_t& value, bool swap, const char* field) {
   std::int32_t read = 0;
   if (!Bytes(&read, sizeof read, field)) return false;
-  if (swap) OMSSelector::DoSwapBytes(&read, sizeof read);
+  if (swap) ReverseBytes(&read, sizeof read);
   value = read;
   return true;
 }

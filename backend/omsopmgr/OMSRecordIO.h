@@ -14,6 +14,9 @@
 #include <ostream>
 #include <string>
 
+// Reverses the n bytes at p in place (a field of the other byte order); n <= 1 leaves them.
+void ReverseBytes(void* p, int n);
+
 class OMSRecordWriter {
 public:
   explicit OMSRecordWriter(std::ostream& out) : _out(out) {}

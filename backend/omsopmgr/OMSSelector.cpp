@@ -128,11 +128,7 @@ bool OMSSelector::MatchesObject(short type, const std::string& command, const st
 void OMSSelector::SwapBytes(bool swap) { _my->_swapBytes = swap; }
 bool OMSSelector::GetSwapBytes() const { return _my->_swapBytes; }
 
-void OMSSelector::DoSwapBytes(void* p, int n) {
-  if (n <= 1) return;
-  auto* bytes = static_cast<unsigned char*>(p);
-  std::reverse(bytes, bytes + n);
-}
+void OMSSelector::DoSwapBytes(void* p, int n) { ReverseBytes(p, n); }
 
 namespace {
 void WriteStrings(OMSRecordWriter& writer, const std::vector<std::string>& list) {

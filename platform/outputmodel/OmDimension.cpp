@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "platform/errors/OMSException.h"
-#include "platform/outputmodel/OmPivotTable.h"
 
 OmDimension::OmDimension(const OmCellText& label) : OmDimension(label.Clone()) {}
 
@@ -71,7 +70,7 @@ void OmDimension::Delete(Node node) {
   node->CollectLeaves(leaves);
   OmDimensionNode* parent = node->Parent();
   parent->RemoveChild(std::size_t(node->IndexInParent()));
-  if (_table && !leaves.empty()) _table->DropCells(_index, leaves);
+  if (_table && !leaves.empty()) DropCellsOfLeaves(*_table, _index, leaves);
 }
 
 namespace {

@@ -10,6 +10,10 @@
 
 class OmPivotTable;
 
+// Drops the table's cells at those leaves of dimension d: what a deleted category leaves behind.
+// Defined with the table (OmPivotTable.cpp), so that a dimension needs only its declaration.
+void DropCellsOfLeaves(OmPivotTable& table, int d, const std::vector<int>& leaves);
+
 class OmDimension {
 public:
   using Node = OmDimensionNode*;

@@ -744,3 +744,7 @@ const std::shared_ptr<const BackendSettings>& OmPivotTable::getBackendSettings()
 }
 void OmPivotTable::setICUTracker(icuTracker* tracker) { _my->tracker = tracker; }
 icuTracker* OmPivotTable::getICUTracker() const { return _my->tracker; }
+
+void DropCellsOfLeaves(OmPivotTable& table, int d, const std::vector<int>& leaves) {
+  table.DropCells(d, leaves);
+}
