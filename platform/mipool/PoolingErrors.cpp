@@ -37,5 +37,14 @@ std::string GetPoolingErrorString(long errorCode) {
   for (const ErrorText& row : kErrorTexts)
     if (row.code == errorCode)
       return row.text;
-  return "Pooling failed with error code " + std::to_string(errorCode) + ".";
+  std::string text = kUnknownPoolingErrorPattern;
+  text.replace(text.find("^1"), 2, std::to_string(errorCode));
+  return text;
+}
+
+bool IsKnownPoolingError(long errorCode) {
+  for (const ErrorText& row : kErrorTexts)
+    if (row.code == errorCode)
+      return true;
+  return false;
 }

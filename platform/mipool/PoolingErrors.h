@@ -25,6 +25,12 @@ inline constexpr long kBadNullValues              = 140036;
 
 } // namespace MPError
 
-// The user-facing text of an error code (UTF-8, one sentence). Unknown codes get a generic text
-// that names the code; 0 gives an empty text.
+// The text of a code unknown to GetPoolingErrorString, as a pattern whose ^1 is the code: the
+// number stays out of the translation key.
+inline constexpr const char* kUnknownPoolingErrorPattern = "Pooling failed with error code ^1.";
+
+// The user-facing text of an error code (UTF-8, one sentence). Unknown codes get
+// kUnknownPoolingErrorPattern with the code put in; 0 gives an empty text.
 std::string GetPoolingErrorString(long errorCode);
+// True for the codes that have a text of their own.
+bool IsKnownPoolingError(long errorCode);

@@ -166,15 +166,15 @@ void NotesTable(Script& s, const std::vector<NoteRow>& rows) {
 
 }  // namespace
 
-OmStreamWriter OmExampleStreams::Descriptives() {
+OmStreamWriter OmExampleStreams::Descriptives(std::string_view language, std::string_view code) {
   OmStreamWriter out;
   Script s(out);
-  SessionSettings(out, "English");
+  SessionSettings(out, language);
   out.LogLine(0, "DESCRIPTIVES VARIABLES=age income educ");
   out.LogLine(0, "  /STATISTICS=MEAN SEMEAN STDDEV MIN MAX.");
   out.FlushLog();
 
-  out.BeginProcedure(1, Settings("Descriptives", "en"));
+  out.BeginProcedure(1, Settings("Descriptives", code));
   NotesTable(s, {
       {"Input", "Data", "/data/survey2024.sav"},
       {"Input", "Active Dataset", "DataSet1"},
@@ -226,13 +226,13 @@ OmStreamWriter OmExampleStreams::Descriptives() {
   return out;
 }
 
-OmStreamWriter OmExampleStreams::Crosstabs() {
+OmStreamWriter OmExampleStreams::Crosstabs(std::string_view language, std::string_view code) {
   OmStreamWriter out(OmStreamWriter::ByteOrder::BigEndian);
   Script s(out);
-  SessionSettings(out, "English");
+  SessionSettings(out, language);
   out.LogLine(0, "CROSSTABS /TABLES=sex BY jobsat BY region /CELLS=COUNT ROW.");
 
-  out.BeginProcedure(2, Settings("Crosstabs", "en"));
+  out.BeginProcedure(2, Settings("Crosstabs", code));
   NotesTable(s, {
       {"Input", "Data", "/data/survey2024.sav"},
       {"Input", "N of Rows in Working Data File", "1200"},
@@ -386,7 +386,9 @@ std::vector<OmExampleStreams::Example> OmExampleStreams::All() {
   std::vector<Example> all;
   all.push_back({"bootstrap_descriptives", BootstrapDescriptives()});
   all.push_back({"crosstabs", Crosstabs()});
+  all.push_back({"crosstabs_fr", Crosstabs("French", "fr")});
   all.push_back({"descriptives", Descriptives()});
+  all.push_back({"descriptives_de", Descriptives("German", "de")});
   all.push_back({"logpages", LogPages()});
   all.push_back({"mi_regression", MIRegression()});
   all.push_back({"splitfile", SplitFile()});

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/stream/OmStreamWriter.h"
@@ -17,10 +18,12 @@ public:
 
   // Descriptives of three variables: log, a notes table, a heading and a statistics table with
   // grouped columns, footnotes and a marker.
-  static OmStreamWriter Descriptives();
+  // language: the OLANG setting, code: the procedure's language (the German and French examples
+  // are these streams in another output language).
+  static OmStreamWriter Descriptives(std::string_view language = "English", std::string_view code = "en");
   // Crosstabs sent from a big-endian machine: a case processing summary with nested column
   // groups, and a crosstabulation with grouped categories, a layer dimension and composite labels.
-  static OmStreamWriter Crosstabs();
+  static OmStreamWriter Crosstabs(std::string_view language = "English", std::string_view code = "en");
   // Descriptives under SPLIT FILE by region with German output: one split table filled group by
   // group through split categories.
   static OmStreamWriter SplitFile();

@@ -332,7 +332,7 @@ void OmMIColumnPoolingPattern::WritePooled(OmPivotTable& table, Context& c, long
     if (!combined.IsOK()) error = combined.GetErrorCode();
   }
   if (error != 0) {
-    const int note = table.Footnote(OmFootnote(OmStringCell(GetPoolingErrorString(error), true)), false);
+    const int note = table.Footnote(OmFootnote(*OmPoolingTools::PoolingErrorText(error)), false);
     for (std::size_t t : c.present) {
       OmPoolingTools::ErrorFootnote(table, c.Cell(*c.key, c.terms[t], pooled), note);
     }

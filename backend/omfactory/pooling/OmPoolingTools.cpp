@@ -248,10 +248,20 @@ void OmPoolingTools::ErrorFootnote(OmPivotTable& table, const OmPivotTable::Coor
   table.FootnoteAt(footnoteIndex).AddReference();
 }
 
+std::unique_ptr<OmCellText> OmPoolingTools::PoolingErrorText(long errorCode) {
+  if (IsKnownPoolingError(errorCode)) {
+    return std::make_unique<OmStringCell>(GetPoolingErrorString(errorCode), true);
+  }
+  // The code is an argument, so that one translation serves every code.
+  auto text = std::make_unique<OmComposite>(OmStringCell(kUnknownPoolingErrorPattern, true));
+  text->Add(OmNumber(double(errorCode), OmNumber::kDefaultFormat));
+  text->Substitute();
+  return text;
+}
+
 void OmPoolingTools::CompErrorFootnote(OmPivotTable& table, const OmPivotTable::Coordinates& coords,
                                        long errorCode) {
-  const OmStringCell text(GetPoolingErrorString(errorCode), true);
-  ErrorFootnote(table, coords, table.Footnote(OmFootnote(text), false));
+  ErrorFootnote(table, coords, table.Footnote(OmFootnote(*PoolingErrorText(errorCode)), false));
 }
 
 int OmPoolingTools::BootstrapSplitNum(const OmCellText* cell) {

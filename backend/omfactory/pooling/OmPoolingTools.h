@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -94,6 +95,9 @@ public:
   static void ErrorFootnote(OmPivotTable& table, const OmPivotTable::Coordinates& coords,
                             int footnoteIndex);
   // Puts the text of a failed pooling computation's error code on the cell at coords.
+  // The footnote text of a pooling error code: its own translatable text, or for an unknown
+  // code the pattern "Pooling failed with error code ^1." with the code (no decimals).
+  static std::unique_ptr<OmCellText> PoolingErrorText(long errorCode);
   static void CompErrorFootnote(OmPivotTable& table, const OmPivotTable::Coordinates& coords,
                                 long errorCode);
 
