@@ -34,6 +34,11 @@ ExtNameStr GenericPath(const std::string& path) {
   return name;
 }
 
+// No location given: the tables installed with the library, if any.
+std::string OrInstalled(const std::string& path) {
+  return path.empty() ? PathFactory::InstalledStringTables() : path;
+}
+
 OmOutputTree* CheckedTree(OmOutputTree* tree) {
   if (tree == nullptr) throw OMSException("OmFactory::OmFactory() -- outputTree == nullptr");
   return tree;
@@ -80,8 +85,8 @@ OmFactory::Data::Data(OmOutputTree* outputTree, const std::string& stringTablePa
     : _outputTree(CheckedTree(outputTree)),
       _codePage(Checked(codePage)),
       _page(&CodePage::Get(codePage)),
-      _stringTablePath(GenericPath(stringTablePath)),
-      _dictionary(stringTablePath),
+      _stringTablePath(GenericPath(OrInstalled(stringTablePath))),
+      _dictionary(OrInstalled(stringTablePath)),
       _translator(&_dictionary),
       _selector(requests, &_translator.GetCellTextTranslator()) {
   _dictionary.SetCodePage(_page);

@@ -1,30 +1,28 @@
 #include "platform/mipool/MiOutputSettings.h"
 
-#include <atomic>
-
 namespace {
 
-// Atomics because sessions on different threads may share the process; each flag is read and
-// written whole, and a setting is one session's at a time.
-std::atomic<bool> gPooled{true};
-std::atomic<bool> gObserved{true};
-std::atomic<bool> gImputed{true};
-std::atomic<bool> gDiagnostics{true};
+// Each thread's own: a session sets them from its MIOUTPUT setting right before it pools, on its
+// own thread, so that sessions on other threads never see each other's.
+thread_local bool gPooled = true;
+thread_local bool gObserved = true;
+thread_local bool gImputed = true;
+thread_local bool gDiagnostics = true;
 
 } // namespace
 
 void MiOutputSettings(bool& pooled, bool& observed, bool& imputed, bool& diagnostics) {
-  pooled = gPooled.load();
-  observed = gObserved.load();
-  imputed = gImputed.load();
-  diagnostics = gDiagnostics.load();
+  pooled = gPooled;
+  observed = gObserved;
+  imputed = gImputed;
+  diagnostics = gDiagnostics;
 }
 
 void SetMiOutputSettings(bool pooled, bool observed, bool imputed, bool diagnostics) {
-  gPooled.store(pooled);
-  gObserved.store(observed);
-  gImputed.store(imputed);
-  gDiagnostics.store(diagnostics);
+  gPooled = pooled;
+  gObserved = observed;
+  gImputed = imputed;
+  gDiagnostics = diagnostics;
 }
 
 void SetMiOutputSettingsFromValue(std::string_view value) {

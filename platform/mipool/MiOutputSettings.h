@@ -1,6 +1,6 @@
-// The process-wide imputation output options of the MIOUTPUT setting, which the pooling patterns
-// read (they use the diagnostics flag) without being handed them. The factory session sets them
-// when an "MIOUTPUT" output setting arrives; until then all four are true.
+// The imputation output options of the MIOUTPUT setting, which the pooling patterns read (they use
+// the diagnostics flag) without being handed them. They are each thread's own: the factory
+// session sets them from its own setting right before it pools; until set, all four are true.
 #pragma once
 
 #include <string_view>

@@ -1,5 +1,7 @@
 #include "platform/stringtables/PathFactory.h"
 
+#include <dlfcn.h>
+
 #include <filesystem>
 #include <mutex>
 #include <system_error>
@@ -88,4 +90,24 @@ std::string PathFactory::Folder() const {
 void PathFactory::ResetFolder() {
   std::lock_guard lock(_my->_mutex);
   _my->_folder = kDefaultFolder;
+}
+
+std::string PathFactory::InstalledStringTables() {
+  namespace fs = std::filesystem;
+  Dl_info info{};
+  if (dladdr(reinterpret_cast<void*>(&PathFactory::InstalledStringTables), &info) == 0 ||
+      info.dli_fname == nullptr) {
+    return std::string();
+  }
+  std::error_code ec;
+  const fs::path self = fs::canonical(fs::path(info.dli_fname), ec);
+  if (ec) return std::string();
+  // <prefix>/bin, <prefix>/lib or <prefix>/lib/<multiarch>: the prefix is one to two levels up.
+  fs::path dir = self.parent_path();
+  for (int up = 0; up < 2 && dir.has_parent_path() && dir != dir.parent_path(); ++up) {
+    dir = dir.parent_path();
+    const fs::path tables = dir / "share" / "omfactory" / "stringtables";
+    if (fs::is_directory(tables / "lang", ec)) return tables.string();
+  }
+  return std::string();
 }

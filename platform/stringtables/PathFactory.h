@@ -24,6 +24,12 @@ public:
   // "PathFactory::getPathInstance -- unknown path kind", value 1 = kind.
   static PathFactory& getPathInstance(int kind);
 
+  // The string tables installed with the library: <prefix>/share/omfactory/stringtables beside
+  // the <prefix>/lib, <prefix>/lib/<multiarch> or <prefix>/bin that holds the code running this,
+  // when it has a lang/ folder;
+  // "" otherwise (a build tree, or tables not installed). A session given no location uses it.
+  static std::string InstalledStringTables();
+
   // Sets the string-table root for the whole process; "" returns to following the host's path.
   static void SetRoot(const std::string& dir);
   // Lets the root follow a string-table location given by a host, unless SetRoot fixed it.

@@ -38,6 +38,9 @@ std::string OmTool::FindStringTables(const std::string& executable) {
   for (int up = 0; up < 16 && !dir.empty(); ++up) {
     const fs::path candidate = dir / "stringtables";
     if (fs::is_directory(candidate / "lang", ec)) return candidate.lexically_normal().string();
+    // Installed: <prefix>/bin/omfactory beside <prefix>/share/omfactory/stringtables.
+    const fs::path installed = dir / "share" / "omfactory" / "stringtables";
+    if (fs::is_directory(installed / "lang", ec)) return installed.lexically_normal().string();
     if (dir == dir.parent_path()) break;
     dir = dir.parent_path();
   }
