@@ -11,7 +11,7 @@ public:
   OmMemoryRegion(const OmMemoryRegion&) = delete;
   OmMemoryRegion& operator=(const OmMemoryRegion&) = delete;
 
-  // The process-wide region used when a clone names none.
+  // The region used when a clone names none: this thread's.
   static OmMemoryRegion* DefaultHeap();
 
   // How many clones were made into this region.
