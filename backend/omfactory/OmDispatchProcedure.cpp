@@ -1,5 +1,6 @@
 // Message handlers of a procedure's structure (headings, text blocks, rich objects, its end),
 // of output lines and of session-wide messages (the dispatch table is in OmDispatcher.cpp).
+#include <algorithm>
 #include <cstring>
 #include <typeinfo>
 
@@ -156,7 +157,6 @@ void OmFactory::Data::OnLines(OmPayload& message, bool log) {
   const std::int32_t skip = message.Int32(0);
   const std::int32_t length = message.Int32(4);
   const std::string_view text = message.Text(8, length, "text");
-  if (skip > kMaxLineSkip) message.Fail("line skip out of range", skip, kMaxLineSkip);
   if (!log && !_pProc) return;
   auto write = [this, log](std::string_view line) {
     if (log) {
@@ -166,7 +166,10 @@ void OmFactory::Data::OnLines(OmPayload& message, bool log) {
     }
   };
   if (skip >= 2) {
-    for (std::int32_t i = 1; i < skip; ++i) write(std::string_view());
+    // More empty lines than a page holds is a corrupt count, not a layout: clamped, and the
+    // line itself is kept.
+    const std::int32_t lines = std::min(skip, kMaxLineSkip);
+    for (std::int32_t i = 1; i < lines; ++i) write(std::string_view());
   } else if (skip == -1) {
     write(std::string_view("\f", 1));
   }

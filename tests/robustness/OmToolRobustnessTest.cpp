@@ -144,3 +144,25 @@ TEST_F(ToolOnBadFiles, RecordLengthsThatLieNeverKillTheTool) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(ToolOnBadFiles, OnlyTheFirstTwentyFailingRecordsAreReportedThenTheirCount) {
+  // 25 number messages cut short: each fails on its own, inside a procedure or not.
+  OmStreamWriter w;
+  w.ByteOrderProbe();
+  for (int i = 0; i < 25; ++i) w.Record(256, std::string_view("\x01\x02", 2));
+  const ToolRun run = Render(Write("failing.oms", w.FileBytes()));
+  ASSERT_TRUE(run.exited);
+  EXPECT_EQ(run.status, 1);
+  std::size_t failed = 0;
+  for (std::size_t at = run.output.find(" failed: "); at != std::string::npos;
+       at = run.output.find(" failed: ", at + 1)) {
+    ++failed;
+  }
+  EXPECT_EQ(failed, 20u) << run.output;
+  EXPECT_NE(run.output.find("omfactory: 5 more failing records not shown\n"), std::string::npos)
+      << run.output;
+}
+
+}  // namespace

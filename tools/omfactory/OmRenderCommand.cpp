@@ -157,6 +157,9 @@ int OmRenderCommand::Run(std::ostream& out, std::ostream& err) const {
   PathFactory::SetRoot(o.stringTables);
   OmOutputTree tree;
   int status = kOk;
+  // Failing records reported one by one; the rest only counted.
+  constexpr std::size_t kFailuresShown = 20;
+  std::size_t failures = 0;
   {
     OmFactory session(&tree, o.stringTables, o.codePage, requests);
     // A request that names its destination decides whether output goes to the viewer.
@@ -192,9 +195,12 @@ int OmRenderCommand::Run(std::ostream& out, std::ostream& err) const {
             break;
           }
           if (session.RecoveredErrorCount() != recovered && session.LastRecoveredError()) {
-            // Recovered inside a procedure (its output is cut there) or dropped outside one.
-            err << "omfactory: " << where() << " failed: " << session.LastRecoveredError()->what()
-                << "\n";
+            // Recovered inside a procedure (its output is cut there) or dropped outside one. A
+            // broken stream can fail on every later record: the first few say where and why.
+            if (++failures <= kFailuresShown) {
+              err << "omfactory: " << where() << " failed: " << session.LastRecoveredError()->what()
+                  << "\n";
+            }
             status = kFailed;
           }
         }
@@ -203,6 +209,9 @@ int OmRenderCommand::Run(std::ostream& out, std::ostream& err) const {
             << " at offset " << e.Value2() << "); the records before it were used\n";
         status = kFailed;
       }
+    }
+    if (failures > kFailuresShown) {
+      err << "omfactory: " << failures - kFailuresShown << " more failing records not shown\n";
     }
     for (const std::string& warning : session.Warnings()) err << "omfactory: warning: " << warning << "\n";
     if (session.Procedure() != nullptr) {

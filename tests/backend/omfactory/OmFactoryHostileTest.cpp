@@ -197,11 +197,16 @@ TEST_F(HostileMessages, DroppedMessagesAcceptEmptySlots) {
   EXPECT_EQ(factory->RecoveredErrorCount(), 0u);
 }
 
-TEST_F(HostileMessages, AbsurdLineSkipAndPlacementAreRefused) {
+TEST_F(HostileMessages, AbsurdLineSkipIsClampedAndAbsurdPlacementRefused) {
+  RecordingObserver log;
+  factory->Register(&log);
   writer.LogLine(2000000000, "x");
   Feed();
-  EXPECT_EQ(LastError(), Dispatch("IPC_LOG_LINE line skip out of range"));
-  EXPECT_EQ(tree->Size(), 1u);
+  EXPECT_EQ(factory->RecoveredErrorCount(), 0u);
+  // 999 empty lines, then the line: a thousand at most, whatever the count says.
+  ASSERT_EQ(log.events.size(), 1000u);
+  EXPECT_EQ(log.events.front(), "log:");
+  EXPECT_EQ(log.events.back(), "log:x");
 
   BeginProcedure();
   BeginTable(1, "T");
