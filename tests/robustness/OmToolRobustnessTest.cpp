@@ -71,38 +71,6 @@ std::vector<std::uint8_t> SessionFile() {
   return {};
 }
 
-TEST_F(ToolOnBadFiles, FilesThatAreNotStreamsAreRefusedWithStatus2) {
-  const std::vector<std::pair<std::string, std::vector<std::uint8_t>>> files = {
-      {"empty", {}},
-      {"text", {'h', 'e', 'l', 'l', 'o', '\n'}},
-      {"zeros", std::vector<std::uint8_t>(64, 0)},
-      {"ones", std::vector<std::uint8_t>(64, 0xFF)},
-  };
-  for (const auto& [name, bytes] : files) {
-    SCOPED_TRACE(name);
-    const ToolRun run = Render(Write(name, bytes));
-    ASSERT_TRUE(run.exited) << run.output;
-    EXPECT_EQ(run.status, 2) << run.output;
-    EXPECT_NE(run.output.find("omfactory: "), std::string::npos) << run.output;
-  }
-  const ToolRun folder = Render(_dir.string());
-  ASSERT_TRUE(folder.exited);
-  EXPECT_EQ(folder.status, 2) << folder.output;
-}
-
-TEST_F(ToolOnBadFiles, HeadersCutShortAreRefusedWithStatus2) {
-  const std::vector<std::uint8_t> whole = SessionFile();
-  ASSERT_GT(whole.size(), 16u);
-  for (std::size_t cut = 1; cut < 16; ++cut) {
-    SCOPED_TRACE("header cut to " + std::to_string(cut));
-    const ToolRun run =
-        Render(Write("header", {whole.begin(), whole.begin() + std::ptrdiff_t(cut)}));
-    ASSERT_TRUE(run.exited) << run.output;
-    EXPECT_EQ(run.status, 2) << run.output;
-    EXPECT_NE(run.output.find("omfactory: "), std::string::npos);
-  }
-}
-
 TEST_F(ToolOnBadFiles, RecordsCutShortAreReportedAndTheRestIsRendered) {
   const std::vector<std::uint8_t> whole = SessionFile();
   // Where whole records end: a cut there leaves a shorter but sound stream.

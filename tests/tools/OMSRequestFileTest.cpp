@@ -51,19 +51,6 @@ TEST(OMSRequestFile, EveryKeyOfARequestReachesTheSelector) {
   EXPECT_FALSE(r.IsObjectSelected(OMSObjectSelector::kLogs, "DESCRIPTIVES", "", "Statistics"));
 }
 
-TEST(OMSRequestFile, OmittedTypesSelectEverythingAndTypeNamesAreExact) {
-  const Selectors requests =
-      OMSRequestFile::ParseJson(R"([{}, {"types": ["all"]}, {"types": 20}, {"types": []}])");
-  ASSERT_EQ(requests.size(), 4u);
-  EXPECT_EQ(requests[0].GetSelection(), 511u);
-  EXPECT_EQ(requests[1].GetSelection(), 511u);
-  EXPECT_EQ(requests[2].GetSelection(), unsigned(OMSObjectSelector::kLogs | OMSObjectSelector::kTables));
-  EXPECT_EQ(requests[3].GetSelection(), 0u);
-  EXPECT_TRUE(OMSRequestFile::ParseJson("[]").empty());
-
-  EXPECT_EQ(OMSRequestFile::TypeBits("Tables"), 0u);
-}
-
 TEST(OMSRequestFile, DeparturesFromTheSchemaNameTheRequestAndKey) {
   struct Case {
     const char* json;
@@ -93,84 +80,6 @@ TEST(OMSRequestFile, DeparturesFromTheSchemaNameTheRequestAndKey) {
     const std::string message = JsonError(c.json);
     EXPECT_NE(message.find(c.mentions), std::string::npos)
         << c.json << " gave \"" << message << "\"";
-  }
-}
-
-TEST(OMSRequestFile, TextsAreMatchedInTheSessionCodePage) {
-  const Selectors requests =
-      OMSRequestFile::ParseJson(R"([{"if": {"labels": ["Gr\u00f6\u00dfe"]}}])", "windows-1252");
-  ASSERT_EQ(requests.size(), 1u);
-  EXPECT_TRUE(requests[0].GetIfOption().GetHasName("Gr\xF6\xDF" "e"));
-  // The UTF-8 spelling is not what the factory sees in a windows-1252 session.
-  EXPECT_FALSE(requests[0].GetIfOption().GetHasName("Gr\u00f6\u00dfe"));
-}
-
-TEST(OMSRequestFile, BinaryRecordsReadBackAsWritten) {
-  OMSObjectSelector first;
-  first.SelectType(OMSObjectSelector::kTables);
-  OMSSelector subtypes;
-  subtypes.AddSubtypes("Notes");
-  subtypes.AddInstances(3);
-  first.AddIfOption(subtypes);
-  OMSObjectSelector second;
-  second.SelectType(OMSObjectSelector::kLogs);
-  second.SetDestinationIsViewer(false);
-
-  std::stringstream bytes;
-  bytes << first << second;
-  const Selectors read = OMSRequestFile::ParseRecords(bytes);
-  ASSERT_EQ(read.size(), 2u);
-  EXPECT_EQ(read[0].GetSelection(), unsigned(OMSObjectSelector::kTables));
-  EXPECT_TRUE(read[0].GetIfOption().GetHasSubtype("NOTES"));
-  EXPECT_EQ(read[0].GetIfOption().GetInstances(), (std::vector<int>{3}));
-  EXPECT_EQ(read[1].GetSelection(), unsigned(OMSObjectSelector::kLogs));
-  EXPECT_TRUE(read[1].GetViewerSpecified());
-
-  std::istringstream empty;
-  EXPECT_TRUE(OMSRequestFile::ParseRecords(empty).empty());
-}
-
-TEST(OMSRequestFile, ACutRecordIsReportedWithItsNumber) {
-  OMSObjectSelector request;
-  request.SelectType(OMSObjectSelector::kTables);
-  OMSSelector names;
-  names.AddNames("Descriptive Statistics");
-  request.AddIfOption(names);
-  std::stringstream whole;
-  whole << request << request;
-  const std::string bytes = whole.str();
-  const std::size_t one = bytes.size() / 2;
-  // Every cut inside the second record, including one byte in, names record 2.
-  for (std::size_t cut : {one + 1, one + 8, bytes.size() - 1}) {
-    std::istringstream in(bytes.substr(0, cut));
-    try {
-      OMSRequestFile::ParseRecords(in);
-      ADD_FAILURE() << "a record cut at " << cut << " was accepted";
-    } catch (const OMSException& e) {
-      EXPECT_EQ(e.Value1(), 2.0) << "cut at " << cut;
-    }
-  }
-}
-
-TEST(OMSRequestFile, FilesThatCannotBeReadAreNamed) {
-  tooltest::TempDir dir;
-  const std::string missing = dir.File("missing.json");
-  try {
-    OMSRequestFile::ReadJson(missing);
-    ADD_FAILURE() << "a missing file was read";
-  } catch (const OMSException& e) {
-    EXPECT_NE(e.Message().find(missing), std::string::npos) << e.Message();
-  }
-  EXPECT_THROW(OMSRequestFile::ReadRecords(missing), OMSException);
-
-  const std::string bad = dir.File("bad.json");
-  tooltest::WriteFile(bad, R"([{"types": ["tabels"]}])");
-  try {
-    OMSRequestFile::ReadJson(bad);
-    ADD_FAILURE() << "an unknown type was accepted";
-  } catch (const OMSException& e) {
-    EXPECT_EQ(e.Message().rfind(bad + ": ", 0), 0u) << e.Message();
-    EXPECT_EQ(e.Value1(), 1.0);
   }
 }
 

@@ -144,17 +144,6 @@ TEST(OmTool, StreamsFeedOneSessionAndTheFormatsAgree) {
   EXPECT_NE(html.out.find("Descriptive Statistics"), std::string::npos);
 }
 
-TEST(OmTool, OutputFileReceivesWhatStandardOutputWould) {
-  tooltest::TempDir dir;
-  const std::string example = tooltest::Example("splitfile");
-  const std::string file = dir.File("out.json");
-  const Result toFile = Tool({"render", "--format", "json", "-o", file, example});
-  ASSERT_EQ(toFile.status, 0) << toFile.err;
-  EXPECT_EQ(toFile.out, "");
-  const Result toOut = Tool({"render", "--format", "json", example});
-  EXPECT_EQ(tooltest::ReadFile(file), toOut.out);
-}
-
 TEST(OmTool, ACutStreamStillWritesWhatCameBeforeTheCut) {
   tooltest::TempDir dir;
   const std::string whole = Bytes(OmExampleStreams::Descriptives());
@@ -182,38 +171,6 @@ TEST(OmTool, ACutStreamStillWritesWhatCameBeforeTheCut) {
   const json partial = json::parse(half.out);
   ASSERT_FALSE(partial["outline"]["children"].empty());
   EXPECT_EQ(partial["outline"]["children"][0]["kind"], "text");
-}
-
-TEST(OmTool, AFailingRecordIsReportedAndTheRestOfTheOutputIsStillWritten) {
-  tooltest::TempDir dir;
-  // A procedure that addresses a table it never began, then a good one.
-  OmStreamWriter stream;
-  stream.ByteOrderProbe();
-  stream.BeginProcedure(1, "procedure=Broken\ntranslated=Broken\nlanguage=en\ncodepage=UTF-8\n");
-  stream.String(1, "Statistics", 1);
-  stream.Number(2, 1.5, 0x050802);
-  stream.Cell(7, 2, 1);
-  stream.EndProcedure();
-  const OmStreamWriter good = OmExampleStreams::Descriptives();
-  for (const OmStreamRecord& r : good.Records()) {
-    stream.Record(r.code, r.payload);
-  }
-  const std::string path = dir.File("broken.oms");
-  stream.Save(path);
-
-  const Result run = Tool({"render", "--format", "json", path});
-  EXPECT_EQ(run.status, 1);
-  // The report names the file, the record and its message code.
-  EXPECT_NE(run.err.find(path + ": record 5 at offset"), std::string::npos) << run.err;
-  EXPECT_NE(run.err.find("IPC_CELL"), std::string::npos) << run.err;
-  const json doc = json::parse(run.out);
-  const std::vector<std::string> outline = Outline(doc["outline"]);
-  EXPECT_TRUE(Has(outline, "table:Descriptive Statistics"));
-  std::vector<std::string> commands;
-  for (const json& child : doc["outline"]["children"]) {
-    if (child["kind"] == "procedure") commands.push_back(child["command"]);
-  }
-  EXPECT_EQ(commands.back(), "Descriptives");
 }
 
 TEST(OmTool, NoFileMakesTheToolCrash) {

@@ -66,30 +66,6 @@ TEST_P(HotPath, NumbersAndTextsWaitInTheirSlotsWithoutAllocating) {
   EXPECT_EQ(factory->PendingCell(2)->Text(), "N");
 }
 
-TEST_P(HotPath, CellsOfATableThatKeepsNothingAllocateNothing) {
-  BeginProcedure();
-  BeginTable(1, "Excluded");
-  writer.String(2, "Statistics", 1);
-  writer.CellDimension(1, 2);
-  writer.Number(5, 1, 0x050802);
-  writer.String(6, "Mean", 1);
-  writer.Cell(1, 5, 6);
-  Feed();
-  ASSERT_EQ(OpenTable().NCells(), 1u);
-  OpenTable()._keep = 0;  // as an OMS request for headings only leaves it
-  for (int i = 0; i < kMessages; ++i) {
-    writer.Number(5, i, 0x050802);
-    writer.String(6, i % 2 ? "N" : "Std. Deviation", 1);
-    writer.Cell(1, 5, 6);
-  }
-  std::vector<OmStreamRecord> records = Take();
-  EXPECT_EQ(Count(records), 0u);
-  EXPECT_EQ(OpenTable().NCells(), 1u);
-  EXPECT_EQ(factory->PendingCell(5), nullptr);  // the cell messages emptied their slots
-  EXPECT_EQ(factory->PendingCell(6), nullptr);
-  EXPECT_EQ(factory->RecoveredErrorCount(), 0u);
-}
-
 TEST_P(HotPath, CellAndCategoryMessagesAllocateNothingOnceTheirCategoriesExist) {
   BeginProcedure();
   BeginTable(1, "Hot");
@@ -121,15 +97,6 @@ TEST_P(HotPath, CellAndCategoryMessagesAllocateNothingOnceTheirCategoriesExist) 
   }
   EXPECT_EQ(factory->RecoveredErrorCount(), 0u);
   EXPECT_EQ(OpenTable().NCells(), 1u);
-}
-
-TEST_P(HotPath, DroppedMessagesAllocateNothing) {
-  writer.String(3, "x", 1);
-  writer.String(4, "Variables", 1);
-  Feed();
-  for (int i = 0; i < kMessages; ++i) writer.Category(1, 3, 4);  // no procedure: dropped
-  std::vector<OmStreamRecord> records = Take();
-  EXPECT_EQ(Count(records), 0u);
 }
 
 OM_BOTH_ORDERS(HotPath);

@@ -103,18 +103,6 @@ TEST_F(SelectorTest, WithoutRequestsEveryKindOfObjectIsKept) {
   }
 }
 
-TEST_F(SelectorTest, EachKindOfObjectIsMatchedWithItsOwnTypeBit) {
-  for (const KindCase& request : Kinds()) {
-    Use({Request(request.bit)});
-    for (const KindCase& kind : Kinds()) {
-      auto part = kind.make();
-      part->Accept(_selector);
-      EXPECT_EQ(part->_keep, kind.bit == request.bit ? 1 : 0)
-          << kind.name << " under a request for " << request.name;
-    }
-  }
-}
-
 // ---- instances
 
 TEST_F(SelectorTest, FirstAndLastInstanceOfFourTables) {
@@ -139,51 +127,6 @@ TEST_F(SelectorTest, FirstAndLastInstanceOfFourTables) {
   EXPECT_EQ(_selector.Instances()[0].last, &fourth);
 }
 
-TEST_F(SelectorTest, TablesOfAnotherSubtypeDoNotCountAsInstances) {
-  Use({Request(OMSObjectSelector::kTables, [](OMSSelector& s) {
-    s.AddSubtypes("Descriptive Statistics");
-    s.AddInstances(2);
-  })});
-  EXPECT_EQ(NewTable("A", "Descriptive Statistics")._keep, 0);
-  EXPECT_EQ(NewTable("B", "Correlations")._keep, 0);
-  EXPECT_EQ(NewTable("C", "Descriptive Statistics")._keep, 1);
-  EXPECT_EQ(NewTable("D", "Descriptive Statistics")._keep, 0);
-}
-
-TEST_F(SelectorTest, FirstOfTwoMatchingRequestsKeepsAndCountsTheTable) {
-  Use({Request(OMSObjectSelector::kTables), Request(OMSObjectSelector::kTables)});
-  OmPivotTable& table = NewTable("Statistics", "Descriptive Statistics");
-  EXPECT_EQ(table._keep, 1);
-  EXPECT_EQ(_selector.Instances()[0].count, 1);
-  EXPECT_EQ(_selector.Instances()[0].last, &table);
-  EXPECT_EQ(_selector.Instances()[1].count, 0);
-  EXPECT_EQ(_selector.Instances()[1].last, nullptr);
-}
-
-TEST_F(SelectorTest, RequestThatMatchesButDoesNotSelectTheNumberStillCountsIt) {
-  Use({Request(OMSObjectSelector::kTables, [](OMSSelector& s) { s.AddInstances(2); }),
-       Request(OMSObjectSelector::kTables)});
-  OmPivotTable& first = NewTable("A", "Frequencies");
-  EXPECT_EQ(first._keep, 1);  // by the second request
-  EXPECT_EQ(_selector.Instances()[0].count, 1);
-  EXPECT_EQ(_selector.Instances()[1].count, 1);
-
-  OmPivotTable& second = NewTable("B", "Frequencies");
-  EXPECT_EQ(second._keep, 1);  // by the first request, which ends the decision
-  EXPECT_EQ(_selector.Instances()[0].count, 2);
-  EXPECT_EQ(_selector.Instances()[1].count, 1);
-}
-
-TEST_F(SelectorTest, ResetStartsCountingAgainForTheNextProcedure) {
-  Use({Request(OMSObjectSelector::kTables, [](OMSSelector& s) { s.AddInstances(1); })});
-  EXPECT_EQ(NewTable("A", "Frequencies")._keep, 1);
-  EXPECT_EQ(NewTable("B", "Frequencies")._keep, 0);
-  _selector.Reset();
-  EXPECT_EQ(_selector.Instances()[0].count, 0);
-  EXPECT_EQ(_selector.Instances()[0].last, nullptr);
-  EXPECT_EQ(NewTable("C", "Frequencies")._keep, 1);
-}
-
 TEST_F(SelectorTest, DecidingBeforeTheFirstResetIsAnError) {
   _requests = {Request(OMSObjectSelector::kTables)};  // no Reset for this request list
   auto table = Table("A", "Frequencies");
@@ -192,96 +135,6 @@ TEST_F(SelectorTest, DecidingBeforeTheFirstResetIsAnError) {
 
 // ---- notes
 
-TEST_F(SelectorTest, NotesTableIsPassedOverByARequestThatHidesNotes) {
-  OMSObjectSelector hidesNotes = Request(OMSObjectSelector::kTables);
-  hidesNotes.ShowNotesTables(false);
-  Use({hidesNotes});
-
-  // Subtype and label are compared without regard to case.
-  EXPECT_EQ(NewTable("notes", "NOTES")._keep, 0);
-  EXPECT_EQ(_selector.Instances()[0].count, 0);
-  // Both must read "Notes": a notes subtype under another label is an ordinary table here.
-  EXPECT_EQ(NewTable("Processing Summary", "NOTES")._keep, 1);
-}
-
-TEST_F(SelectorTest, NotesTableGoesToTheNextRequestWhenOneHidesNotes) {
-  OMSObjectSelector hidesNotes = Request(OMSObjectSelector::kTables);
-  hidesNotes.ShowNotesTables(false);
-  Use({hidesNotes, Request(OMSObjectSelector::kTables)});
-
-  EXPECT_EQ(NewTable("Notes", "NOTES")._keep, 1);
-  EXPECT_EQ(_selector.Instances()[0].count, 0);
-  EXPECT_EQ(_selector.Instances()[1].count, 1);
-}
-
 // ---- commands, subtypes and labels
-
-TEST_F(SelectorTest, HeadingIsMatchedWithAnEmptySubtype) {
-  Use({Request(OMSObjectSelector::kHeadings | OMSObjectSelector::kTables, [](OMSSelector& s) {
-    s.AddCommands("Descriptives");
-    s.AddSubtypes("Descriptive Statistics");
-  })});
-  auto procedure = Procedure("Descriptives");
-  procedure->Accept(_selector);
-  EXPECT_EQ(procedure->_keep, 1);
-
-  OmHeading heading(Text("Descriptive Statistics of Income"));
-  heading.Accept(_selector);
-  EXPECT_EQ(heading._keep, 1);
-
-  EXPECT_EQ(NewTable("Statistics", "Descriptive Statistics")._keep, 1);
-  EXPECT_EQ(NewTable("Correlations", "Correlations")._keep, 0);
-}
-
-TEST_F(SelectorTest, ObjectsAreMatchedWithTheCommandOfTheLastProcedureVisited) {
-  Use({Request(OMSObjectSelector::kTables, [](OMSSelector& s) { s.AddCommands("FREQUENCIES"); })});
-  auto descriptives = Procedure("Descriptives");
-  descriptives->Accept(_selector);
-  EXPECT_EQ(_selector.Command(), "Descriptives");
-  EXPECT_EQ(descriptives->_keep, 0);  // a heading, and headings were not asked for
-  EXPECT_EQ(NewTable("Statistics", "Statistics")._keep, 0);
-
-  auto frequencies = Procedure("Frequencies");
-  frequencies->Accept(_selector);
-  EXPECT_EQ(NewTable("Statistics", "Statistics")._keep, 1);
-
-  _selector.SetCommand("Descriptives");
-  EXPECT_EQ(NewTable("Statistics", "Statistics")._keep, 0);
-}
-
-TEST_F(SelectorTest, LabelsAreMatchedInTheOutputLanguageWithoutChangingThem) {
-  _dictionary.SetGlobalStringTable(ShippedStringTables() + "/lang/de");
-  Use({Request(OMSObjectSelector::kTables, [](OMSSelector& s) { s.AddNames("Verzerrung"); })});
-
-  OmPivotTable bias(OmStringCell("Bias", true), Text("Bootstrap Statistics"));
-  _selector.Visit(bias);
-  EXPECT_EQ(bias._keep, 1);
-  EXPECT_EQ(bias.LabelText(), "Bias");
-
-  // A composite label is matched by its substituted text.
-  OmComposite pattern("Bootstrap for ^1", true);
-  pattern.Add(std::make_unique<OmStringCell>("Bias", true));
-  Use({Request(OMSObjectSelector::kTables,
-               [](OMSSelector& s) { s.AddNames("Bootstrap für Verzerrung"); })});
-  OmPivotTable composite(pattern, Text("Bootstrap Statistics"));
-  _selector.Visit(composite);
-  EXPECT_EQ(composite._keep, 1);
-  EXPECT_EQ(composite.LabelText(), "Bootstrap for ^1");
-
-  // A label that is not translatable is matched as it is.
-  OmPivotTable plain(Text("Bias"), Text("Bootstrap Statistics"));
-  _selector.Visit(plain);
-  EXPECT_EQ(plain._keep, 0);
-}
-
-TEST(SelectorWithoutTranslator, LabelsAreMatchedAsTheyAre) {
-  std::vector<OMSObjectSelector> requests{
-      Request(OMSObjectSelector::kTables, [](OMSSelector& s) { s.AddNames("Bias"); })};
-  OmFactorySelector selector(requests, nullptr);
-  selector.Reset();
-  OmPivotTable table(OmStringCell("Bias", true), Text("Bootstrap Statistics"));
-  selector.Visit(table);
-  EXPECT_EQ(table._keep, 1);
-}
 
 }  // namespace

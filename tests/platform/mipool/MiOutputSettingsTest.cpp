@@ -21,19 +21,6 @@ protected:
   void TearDown() override { SetMiOutputSettings(true, true, true, true); }
 };
 
-TEST_F(MiOutputSettingsTest, AllFlagsAreSetUntilAValueArrives) {
-  EXPECT_EQ(Read(), (Flags{true, true, true, true}));
-}
-
-TEST_F(MiOutputSettingsTest, FlagsComeBackInTheirParameterOrder) {
-  SetMiOutputSettings(true, false, false, false);
-  EXPECT_EQ(Read(), (Flags{true, false, false, false}));
-  SetMiOutputSettings(false, false, false, true);
-  EXPECT_EQ(Read(), (Flags{false, false, false, true}));
-  SetMiOutputSettings(false, true, true, false);
-  EXPECT_EQ(Read(), (Flags{false, true, true, false}));
-}
-
 TEST_F(MiOutputSettingsTest, ValueSetsEachFlagByWhetherItsLowerCaseWordOccursAnywhere) {
   const struct {
     const char* value;

@@ -40,31 +40,6 @@ TEST(OmDimension, CategoriesGetLeafIndicesInOrderOfCreation) {
   EXPECT_EQ(dim.FindLeaf(7), nullptr);
 }
 
-TEST(OmDimension, FindChildTellsGroupsFromCategories) {
-  OmDimension dim(S("d"));
-  auto* root = &dim.Root();
-  dim.Child(root, -1, S("x"), true);
-  dim.Child(root, -1, S("x"), false);
-  EXPECT_EQ(dim.FindChild(root, S("x"), true), 0);
-  EXPECT_EQ(dim.FindChild(root, S("x"), false), 1);
-  EXPECT_EQ(dim.FindChild(root, S("y"), false), -1);
-  EXPECT_EQ(dim.FindChild(root, OmNumber(1), false), -1);
-}
-
-TEST(OmDimension, FindChildStaysCorrectWithManyChildrenAndAfterReordering) {
-  OmDimension dim(S("d"));
-  auto* root = &dim.Root();
-  for (int i = 0; i < 5000; ++i) dim.Child(root, -1, OmNumber(i), false);
-  EXPECT_EQ(dim.FindChild(root, OmNumber(4321), false), 4321);
-  EXPECT_EQ(dim.FindChild(root, OmNumber(-1), false), -1);
-  dim.Child(root, -1, OmNumber(9999), false);  // the index follows additions
-  EXPECT_EQ(dim.FindChild(root, OmNumber(9999), false), 5000);
-  auto& children = root->Children();  // reordering through the mutable list drops the index
-  std::reverse(children.begin(), children.end());
-  EXPECT_EQ(dim.FindChild(root, OmNumber(9999), false), 0);
-  EXPECT_EQ(dim.FindChild(root, OmNumber(0), false), 5000);
-}
-
 // The factory finds a cell's category by its label text without making the label cell: that
 // look-up must answer exactly as FindChild with a made OmStringCell does, among labels of other
 // kinds showing the same text, groups, duplicates, and with few children and with many (hashed).
@@ -89,46 +64,6 @@ TEST(OmDimensionNode, FindCategoryTextAnswersAsFindChildWithAStringCell) {
   }
 }
 
-TEST(OmDimension, CounterpartFollowsTheSamePath) {
-  OmDimension a(S("d"));
-  auto* g = a.Child(&a.Root(), -1, S("g"), true);
-  auto* c = a.Child(g, -1, S("c"), false);
-  OmDimension b(a);
-  auto* bc = b.Counterpart(c);
-  ASSERT_NE(bc, nullptr);
-  EXPECT_NE(bc, c);
-  EXPECT_TRUE(bc->Label()->Equals(*c->Label()));
-  EXPECT_EQ(b.Counterpart(&a.Root()), &b.Root());
-  a.Child(g, -1, S("extra"), false);
-  EXPECT_EQ(b.Counterpart(a.Root().Child(0)->Child(1)), nullptr);
-  // The copy's tree links back to its own nodes.
-  EXPECT_EQ(bc->Parent()->Parent(), &b.Root());
-}
-
-TEST(OmDimension, DeleteRemovesTheSubtreeButNeverTheRoot) {
-  OmDimension dim(S("d"));
-  auto* g = dim.Child(&dim.Root(), -1, S("g"), true);
-  dim.Child(g, -1, S("a"), false);
-  dim.Child(&dim.Root(), -1, S("b"), false);
-  dim.Delete(g);
-  EXPECT_EQ(dim.Root().NChildren(), 1u);
-  EXPECT_EQ(dim.Size(), 2);  // leaf indices are not reused
-  EXPECT_THROW(dim.Delete(&dim.Root()), OMSException);
-  OmDimension other(S("o"));
-  auto* foreign = other.Child(&other.Root(), -1, S("f"), false);
-  EXPECT_THROW(dim.Delete(foreign), OMSException);
-}
-
-TEST(OmDimensionNode, EqualityNeedsSameKindAndLabel) {
-  OmDimensionNode a(S("x").Clone(), true, -1);
-  OmDimensionNode b(S("x").Clone(), true, -1);
-  OmDimensionNode c(S("x").Clone(), false, 0);
-  OmDimensionNode d(S("y").Clone(), true, -1);
-  EXPECT_TRUE(a == b);
-  EXPECT_FALSE(a == c);
-  EXPECT_FALSE(a == d);
-}
-
 TEST(OmDimensionNode, OrderIsNumericForNumbersAndCollatedForText) {
   auto node = [](std::unique_ptr<OmCellText> label) { return OmDimensionNode(std::move(label), false, 0); };
   EXPECT_TRUE(node(std::make_unique<OmNumber>(2)) < node(std::make_unique<OmNumber>(10)));
@@ -143,56 +78,6 @@ TEST(OmDimensionNode, OrderIsNumericForNumbersAndCollatedForText) {
   EXPECT_TRUE(node(std::make_unique<OmNumber>(99)) < node(std::make_unique<OmStringCell>("1")));
   EXPECT_TRUE(node(nullptr) < node(std::make_unique<OmNumber>(0)));
   EXPECT_FALSE(node(nullptr) < node(nullptr));
-}
-
-// Labels are compared as the characters they encode, in the session's code page (UTF-8 cells
-// always as UTF-8), in the order of their tracker's locale.
-TEST(OmDimensionNode, TextOrderFollowsTheLabelsCodePageAndLocale) {
-  auto node = [](std::unique_ptr<OmCellText> label, icuTracker* tracker = nullptr) {
-    if (tracker != nullptr) label->setICUTracker(tracker);
-    return OmDimensionNode(std::move(label), false, 0);
-  };
-  const std::string apfelUtf8 = "\xC3\xA4pfel", apfelLatin = "\xE4pfel";  // "äpfel"
-
-  CodePage::SetCurrent("windows-1252");
-  EXPECT_TRUE(node(std::make_unique<OmStringCell>(apfelLatin)) <
-              node(std::make_unique<OmStringCell>("birnen")));
-  EXPECT_TRUE(node(std::make_unique<OmStringCellUTF8>(apfelUtf8)) <
-              node(std::make_unique<OmStringCellUTF8>("birnen")));
-  icuTracker latinGerman(false, "de_DE.windows-1252");
-  EXPECT_TRUE(node(std::make_unique<OmStringCell>(apfelLatin), &latinGerman) <
-              node(std::make_unique<OmStringCell>("birnen"), &latinGerman));
-  CodePage::SetCurrent("UTF-8");
-
-  // Swedish sorts "ä" after "z"; the root order puts it with "a".
-  icuTracker swedish(true, "sv_SE");
-  EXPECT_TRUE(node(std::make_unique<OmStringCell>("zebra"), &swedish) <
-              node(std::make_unique<OmStringCell>("\xC3\xA4pple"), &swedish));
-  EXPECT_TRUE(node(std::make_unique<OmStringCell>("\xC3\xA4pple")) <
-              node(std::make_unique<OmStringCell>("zebra")));
-}
-
-TEST(OmDimension, DeleteInATableDestroysTheCategoriesCells) {
-  OmPivotTable table(S("t"), S("tmpl"));
-  const int d0 = table.AddDimension(S("rows"));
-  const int d1 = table.AddDimension(S("cols"));
-  auto& rows = table.Dimension(d0);
-  auto* g = rows.Child(&rows.Root(), -1, S("g"), true);
-  rows.Child(g, -1, S("r0"), false);
-  rows.Child(g, -1, S("r1"), false);
-  rows.Child(&rows.Root(), -1, S("r2"), false);
-  auto& cols = table.Dimension(d1);
-  cols.Child(&cols.Root(), -1, S("c0"), false);
-  cols.Child(&cols.Root(), -1, S("c1"), false);
-  for (int r = 0; r < 3; ++r) {
-    for (int c = 0; c < 2; ++c) table.Cell({r, c}, OmNumber(r * 10 + c));
-  }
-  rows.Delete(g);
-  EXPECT_EQ(table.NCells(), 2u);
-  EXPECT_EQ(table.Cell({0, 0}), nullptr);
-  EXPECT_EQ(table.Cell({1, 1}), nullptr);
-  ASSERT_NE(table.Cell({2, 1}), nullptr);
-  EXPECT_EQ(static_cast<OmNumber*>(table.Cell({2, 1}))->Value(), 21);
 }
 
 }  // namespace

@@ -45,53 +45,6 @@ std::unique_ptr<OmPivotTable> SmallTable() {
   return t;
 }
 
-TEST(OmTextRenderer, SmallTableWithGroupsFootnotesAndMarkers) {
-  auto t = SmallTable();
-  // Spanning labels (the dimension, the group N) run on over the columns they cover; numbers
-  // align right, with their markers and footnote references after them.
-  const std::string expected =
-      "Descriptive Statistics[a]\n"
-      "------------------------------------\n"
-      "              Statistics\n"
-      "              N\n"
-      "Variables     Valid  Missing  Mean\n"
-      "------------------------------------\n"
-      "Age              10        0  34.50*\n"
-      "Income [inc]      9        1    .[b]\n"
-      "------------------------------------\n"
-      "a. Listwise N\n"
-      "b. Could not be computed.\n";
-  EXPECT_EQ(OmTextRenderer().RenderTable(*t), expected);
-}
-
-TEST(OmTextRenderer, NestedRowGroupsShowEachGroupLabelOnce) {
-  OmPivotTable t(S("Frequencies"), S("F"));
-  t.AddDimension(S("Answers"));
-  t.AddDimension(S("Statistics"));
-  t.Rows().push_back(0);
-  t.Columns().push_back(1);
-  auto& a = t.Dimension(0);
-  auto* valid = a.Child(&a.Root(), -1, S("Valid"), true);
-  a.Child(valid, -1, S("Yes"), false);
-  a.Child(valid, -1, S("No"), false);
-  a.Child(&a.Root(), -1, S("Missing"), false);
-  t.Dimension(1).setDisplayFlags(true, false);
-  t.Dimension(1).Child(&t.Dimension(1).Root(), -1, S("Count"), false);
-  t.Cell({0, 0}, OmNumber(7, 0x50005));
-  t.Cell({1, 0}, OmNumber(3, 0x50005));
-  t.Cell({2, 0}, OmNumber(1, 0x50005));
-  const std::string expected =
-      "Frequencies\n"
-      "-------------------\n"
-      "Answers       Count\n"
-      "-------------------\n"
-      "Valid    Yes      7\n"
-      "         No       3\n"
-      "Missing           1\n"
-      "-------------------\n";
-  EXPECT_EQ(OmTextRenderer().RenderTable(t), expected);
-}
-
 TEST(OmTextRenderer, HiddenDimensionLabelsAndCornerText) {
   auto t = SmallTable();
   t->Dimension(1).setDisplayFlags(true, false);
@@ -100,56 +53,6 @@ TEST(OmTextRenderer, HiddenDimensionLabelsAndCornerText) {
   EXPECT_EQ(out.find("Statistics\n"), std::string::npos);
   EXPECT_NE(out.find("Corner"), std::string::npos);
   EXPECT_EQ(out.find("Variables"), std::string::npos);  // the corner text takes its place
-}
-
-TEST(OmTextRenderer, EveryLayerGetsItsOwnBlock) {
-  OmPivotTable t(S("Layered"), S("L"));
-  t.AddDimension(S("Row"));
-  t.AddDimension(OmVariable("sex", "Sex", 2));
-  t.Rows().push_back(0);
-  t.Layers().push_back(1);
-  t.Dimension(0).Child(&t.Dimension(0).Root(), -1, S("r"), false);
-  t.Dimension(1).Child(&t.Dimension(1).Root(), -1, S("Male"), false);
-  t.Dimension(1).Child(&t.Dimension(1).Root(), -1, S("Female"), false);
-  t.Cell({0, 0}, OmNumber(1, 0x50005));
-  t.Cell({0, 1}, OmNumber(2, 0x50005));
-  const std::string all = OmTextRenderer().RenderTable(t);
-  EXPECT_NE(all.find("Sex: Male\n"), std::string::npos);
-  EXPECT_NE(all.find("Sex: Female\n"), std::string::npos);
-  EXPECT_LT(all.find("Sex: Male"), all.find("Sex: Female"));
-  OmTextRenderer::Options first;
-  first.allLayers = false;
-  const std::string one = OmTextRenderer(first).RenderTable(t);
-  EXPECT_EQ(one.find("Sex: Female"), std::string::npos);
-  EXPECT_NE(one.find("(2 layers; only the first is shown)"), std::string::npos);
-  // A layer whose categories are hidden (a split kept at one value) prints no layer line.
-  t.Dimension(1).setDisplayFlags(true, true);
-  const std::string hidden = OmTextRenderer(first).RenderTable(t);
-  EXPECT_EQ(hidden.find("Male"), std::string::npos) << hidden;
-  EXPECT_EQ(hidden.find("Sex"), std::string::npos) << hidden;
-}
-
-TEST(OmTextRenderer, CompositeCellsAreSubstitutedAndOwnMarkersWin) {
-  OmPivotTable t(S("t"), S("t"));
-  t.AddDimension(S("d"));
-  t.Rows().push_back(0);
-  OmComposite c("^1% Confidence Interval", true);
-  c.Add(OmNumber(95, 0x50005));
-  t.Dimension(0).Child(&t.Dimension(0).Root(), -1, c, false);
-  OmStringCell dagger("+");
-  t.Cell({0}, OmNumber(1.5, 0x1050008));
-  t.Cell({0})->Footnote(std::int16_t(t.Footnote(OmFootnote(S("note"), &dagger))));
-  const std::string out = OmTextRenderer().RenderTable(t);
-  EXPECT_NE(out.find("95% Confidence Interval  1.5[+]"), std::string::npos) << out;
-  EXPECT_NE(out.find("+. note"), std::string::npos) << out;
-}
-
-TEST(OmTextRenderer, FootnoteMarkersRunThroughTheAlphabet) {
-  OmPivotTable t(S("t"), S("t"));
-  EXPECT_EQ(OmTextRenderer::FootnoteMarker(t, 0), "a");
-  EXPECT_EQ(OmTextRenderer::FootnoteMarker(t, 25), "z");
-  EXPECT_EQ(OmTextRenderer::FootnoteMarker(t, 26), "aa");
-  EXPECT_EQ(OmTextRenderer::FootnoteMarker(t, 27), "ab");
 }
 
 TEST(OmTextRenderer, OutlineIndentsByLevelAndSkipsExcludedParts) {

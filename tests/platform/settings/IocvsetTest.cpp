@@ -32,27 +32,6 @@ TEST_F(IocvsetTest, NamesAreStoredByValueAndALaterNameReplaces) {
   EXPECT_EQ(IocvConversionNames(), (Names{{-1, "utf8"}, {4, "cp1252"}}));
 }
 
-TEST_F(IocvsetTest, UnterminatedNameStopsAtTheReservedSeventeenBytes) {
-  IocvConversionName option;
-  option.value = 1;
-  std::memset(option.name, 'n', sizeof option.name);
-  iocvset_(kIocvConversionName, &option);
-  EXPECT_EQ(IocvConversionNameOf(1), std::string(17, 'n'));
-}
-
-TEST_F(IocvsetTest, PairsAccumulateInArrivalOrder) {
-  const IocvConversionPair first{1, 2};
-  const IocvConversionPair second{-3, 4};
-  iocvset_(kIocvConversionPair, &first);
-  iocvset_(kIocvConversionPair, &second);
-  const std::vector<IocvConversionPair> pairs = IocvConversionPairs();
-  ASSERT_EQ(pairs.size(), 2u);
-  EXPECT_EQ(pairs[1].first, -3);
-  EXPECT_EQ(pairs[1].second, 4);
-  IocvReset();
-  EXPECT_TRUE(IocvConversionPairs().empty());
-}
-
 TEST_F(IocvsetTest, UnknownKindOrMissingRecordIsAnOMSException) {
   const IocvConversionPair pair{1, 2};
   try {

@@ -35,39 +35,6 @@ OmStreamWriter EveryMessage(ByteOrder order) {
   return w;
 }
 
-TEST(OmRecordDescriberTest, DecodesFieldsByName) {
-  OmRecordDescriber describer;
-  OmStreamWriter writer;
-  writer.Number(7, 3.25, 0x050802);
-  writer.BeginTable(3, 1, 2, true);
-  writer.DataValue(9, 0, 0x050802, "sex", "Gender", std::string_view("m"));
-  EXPECT_EQ(describer.Describe(writer.Records()[0]),
-            "IPC_NUMBER (256) 16 bytes: value=3.25 format=0x00050802 cell=7");
-  EXPECT_EQ(describer.Describe(writer.Records()[1]),
-            "IPC_BEGIN_TABLE (268) 13 bytes: tcid=3 title=1 subtype=2 flag=1");
-  EXPECT_EQ(describer.Describe(writer.Records()[2]),
-            "IPC_DATA_VALUE (309) 32 bytes: cell=9 display=0 format=0x00050802 nameLength=3 "
-            "labelLength=6 "
-            "valueLength=1 name=\"sex\" value=\"m\" label=\"Gender\"");
-}
-
-TEST(OmRecordDescriberTest, FollowsTheByteOrderThatTheStreamAnnounces) {
-  OmStreamWriter writer(ByteOrder::BigEndian);
-  writer.Integer(1, 300, 0x050802);
-  writer.ByteOrderProbe();
-  writer.Integer(1, 300, 0x050802);
-  writer.SwapBytes(false);
-  writer.Integer(1, 300, 0x050802);
-  OmRecordDescriber describer;
-  EXPECT_TRUE(Contains(describer.Describe(writer.Records()[0]), "value=738263040"));
-  EXPECT_TRUE(Contains(describer.Describe(writer.Records()[1]), "probe=16777216 (swapped sender)"));
-  EXPECT_TRUE(describer.SwapBytes());
-  EXPECT_TRUE(
-      Contains(describer.Describe(writer.Records()[2]), "value=300 format=0x00050802 cell=1"));
-  describer.Describe(writer.Records()[3]);
-  EXPECT_FALSE(describer.SwapBytes());
-}
-
 TEST(OmRecordDescriberTest, TextsAreQuotedEscapedAndCut) {
   OmStreamWriter writer;
   writer.LogLine(1, std::string("a\"b\\c\n\x01", 7));
@@ -129,18 +96,6 @@ TEST(OmRecordDescriberTest, UnknownCodesShowTheirFirstBytes) {
   EXPECT_EQ(describer.Describe(-5, bytes.data(), 20),
             "code (-5) 20 bytes: AB AB AB AB AB AB AB AB AB AB AB AB AB AB AB AB ...");
   EXPECT_EQ(describer.Describe(260, nullptr, 0), "code (260) 0 bytes:");
-}
-
-TEST(OmRecordDescriberTest, ExtraBytesAndContinuedStringsAreMarked) {
-  OmStreamWriter writer;
-  writer.Record(static_cast<std::int16_t>(MessageCode::IPC_BEGIN_NODE),
-                std::string_view("\x01\0\0\0\x09\x09", 6));
-  writer.String(1, std::string(40000, 's'), 0);
-  OmRecordDescriber describer;
-  EXPECT_EQ(describer.Describe(writer.Records()[0]),
-            "IPC_BEGIN_NODE (278) 6 bytes: cell=1 (+2 extra bytes)");
-  EXPECT_TRUE(Contains(describer.Describe(writer.Records()[1]), "(continued)"));
-  EXPECT_FALSE(Contains(describer.Describe(writer.Records()[2]), "(continued)"));
 }
 
 } // namespace

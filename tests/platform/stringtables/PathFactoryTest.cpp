@@ -23,17 +23,6 @@ protected:
 
 }  // namespace
 
-TEST_F(PathFactoryTest, OnlyTheStringTableKindExists) {
-  EXPECT_EQ(&PathFactory::getPathInstance(3), &_paths);
-  try {
-    PathFactory::getPathInstance(7);
-    FAIL() << "no exception";
-  } catch (const OMSException& e) {
-    EXPECT_EQ(e.Message(), "PathFactory::getPathInstance -- unknown path kind");
-    EXPECT_EQ(e.Value1(), 7);
-  }
-}
-
 TEST_F(PathFactoryTest, FullPathJoinsRootAndFolderAndMakesTheFolderCurrent) {
   PathFactory::SetRoot("/srv/tables");
   EXPECT_EQ(_paths.Folder(), "lang/en");
@@ -47,28 +36,6 @@ TEST_F(PathFactoryTest, FullPathJoinsRootAndFolderAndMakesTheFolderCurrent) {
   EXPECT_EQ(_paths.GetFullPath("lang/de").GetGeneric(), "/srv/tables/lang/de");
   _paths.ResetFolder();
   EXPECT_EQ(_paths.Directory().GetGeneric(), "/srv/tables/lang/en");
-}
-
-TEST_F(PathFactoryTest, RootFollowsTheLocationThatAHostGivesADictionary) {
-  TempTables tables;
-  tables.Write("lang/de/omfactory.stt", "Bias\tVerzerrung\n");
-
-  FacSTDictionary onRoot(tables.Root());
-  EXPECT_EQ(_paths.Root(), tables.Root());
-  FacSTDictionary onLanguage(tables.Path("lang/de"));
-  EXPECT_EQ(_paths.Root(), tables.Root());
-  FacSTDictionary onFile(tables.Path("lang/de/omfactory.stt"));
-  EXPECT_EQ(_paths.Root(), tables.Root());
-  FacSTDictionary onMissingLanguage(tables.Path("lang/it/"));
-  EXPECT_EQ(_paths.Root(), tables.Root());
-
-  EXPECT_EQ(_paths.GetFullPath("lang/de").GetGeneric(), tables.Path("lang/de"));
-  FacSTDictionary switched(_paths.Directory());
-  EXPECT_EQ(switched.LookUp("Bias"), "Verzerrung");
-
-  PathFactory::FollowHostPath("lang/de");  // relative: the working directory is the root
-  EXPECT_EQ(_paths.Root(), "");
-  EXPECT_EQ(_paths.GetFullPath("lang/ko").GetGeneric(), "lang/ko");
 }
 
 TEST_F(PathFactoryTest, ExplicitRootWinsUntilCleared) {

@@ -123,16 +123,6 @@ TEST_F(ShippedTablesTest, EveryTextTheExamplesSendAsTranslatableHasAKey) {
   }
 }
 
-TEST_F(ShippedTablesTest, EnglishTranslatesEveryKeyToItself) {
-  for (const StringTableSection* section : _english.Table()->Sections()) {
-    for (const auto& [key, entry] : section->Entries()) {
-      EXPECT_EQ(entry._translation, key);
-      EXPECT_EQ(entry._second, "");
-      EXPECT_EQ(entry._third, "");
-    }
-  }
-}
-
 TEST_F(ShippedTablesTest, HoldTheTextsThatTheLibraryWritesItself) {
   const char* texts[] = {
       "Output Missing", "Out of memory collecting output.", "Log", "Text Output", "Pooled",
@@ -151,28 +141,4 @@ TEST_F(ShippedTablesTest, HoldTheTextsThatTheLibraryWritesItself) {
     if (std::string(text) == "Bootstrap") continue;  // the same word in German
     EXPECT_NE(_german.LookUp(text), text) << "German leaves \"" << text << "\" untranslated";
   }
-}
-
-TEST_F(ShippedTablesTest, ChoosingALanguageFolderSwitchesTheSessionAndThePoolerReport) {
-  // The flow of a session: the host's root, then an output-language change to German, then
-  // the imputation pooler's own dictionary on the folder of the chosen language.
-  PathFactory::SetRoot(kRoot);
-  PathFactory& paths = PathFactory::getPathInstance(PathFactory::kStringTables);
-  FacSTDictionary session(kRoot);
-  session.SetProcedureEx("Frequencies");
-  EXPECT_EQ(session.LookUp("Std. Error"), "Std. Error");
-
-  session.SetGlobalStringTable(paths.GetFullPath("lang/de"));
-  EXPECT_EQ(session.LookUp("Std. Error"), "Std.-Fehler");
-  EXPECT_EQ(session.LookUp("Based on ^1 samples"), "Basierend auf ^1 Stichproben");
-
-  const std::string report = "Pooling exceeded limit of ^1 pivot table cells...";
-  EXPECT_EQ(session.LookUp(report), report) << "the report lives in the OMS section only";
-  FacSTDictionary pooler(paths.Directory());
-  pooler.SetProcedure("OMS");
-  EXPECT_EQ(pooler.LookUp(report),
-            "Beim Zusammenfassen wurde die Grenze von ^1 Pivot-Tabellenzellen überschritten...");
-
-  session.SetGlobalStringTable(paths.GetFullPath("lang/en"));
-  EXPECT_EQ(session.LookUp("Std. Error"), "Std. Error");
 }

@@ -28,39 +28,6 @@ const StringTableEntry& Global(const StringTable& table, const std::string& key)
 
 }  // namespace
 
-TEST(StringTableParse, EntriesCarryTranslationAndOptionalFurtherTexts) {
-  StringTable table = Parse(
-      "Bias\tVerzerrung\n"
-      "Lower\tUntergrenze\tlow\n"
-      "Upper\tObergrenze\t\thigh end\n");
-  EXPECT_EQ(Global(table, "Bias")._translation, "Verzerrung");
-  EXPECT_EQ(Global(table, "Bias")._second, "");
-  EXPECT_EQ(Global(table, "Lower")._second, "low");
-  EXPECT_EQ(Global(table, "Lower")._third, "");
-  EXPECT_EQ(Global(table, "Upper")._second, "");
-  EXPECT_EQ(Global(table, "Upper")._third, "high end");
-  EXPECT_EQ(Global(table, "Upper")._line, 3);
-}
-
-TEST(StringTableParse, CommentsBlankLinesCarriageReturnsAndByteOrderMarkAreSkipped) {
-  StringTable table = Parse(
-      "\xEF\xBB\xBF# a comment\r\n"
-      "\r\n"
-      "\n"
-      "Log\tProtokoll\r\n"
-      "Notes\tAnmerkungen");  // no final line break
-  EXPECT_EQ(Global(table, "Log")._translation, "Protokoll");
-  EXPECT_EQ(Global(table, "Notes")._translation, "Anmerkungen");
-  EXPECT_EQ(Global(table, "Notes")._line, 5);
-  EXPECT_EQ(table.Global().Entries().size(), 2u);
-}
-
-TEST(StringTableParse, BlanksInsideKeysAndTranslationsAreKept) {
-  StringTable table = Parse(" zero fill\t aufgefüllt \n");
-  EXPECT_EQ(Global(table, " zero fill")._translation, " aufgefüllt ");
-  EXPECT_EQ(table.Global().Find("zero fill"), nullptr);
-}
-
 TEST(StringTableParse, EscapesStandForTabNewlineBackslashHashAndBracket) {
   StringTable table = Parse(
       "a\\tb\tx\\ny\n"
@@ -73,56 +40,11 @@ TEST(StringTableParse, EscapesStandForTabNewlineBackslashHashAndBracket) {
   EXPECT_EQ(Global(table, "[x]")._translation, "y");
 }
 
-TEST(StringTableParse, SectionsFollowTheirHeadersAndKeepTheirOwnKeys) {
-  StringTable table = Parse(
-      "Mean\tMittelwert\n"
-      "[procedure OMS]\n"
-      "Mean\tDurchschnitt\n"
-      "[procedure T-Test]\n"
-      "t\tT\n");
-  EXPECT_EQ(Global(table, "Mean")._translation, "Mittelwert");
-  const StringTableSection* oms = table.FindSection("OMS");
-  ASSERT_NE(oms, nullptr);
-  EXPECT_EQ(oms->Name(), "OMS");
-  ASSERT_NE(oms->Find("Mean"), nullptr);
-  EXPECT_EQ(oms->Find("Mean")->_translation, "Durchschnitt");
-  EXPECT_EQ(oms->Find("t"), nullptr);
-  ASSERT_NE(table.FindSection("T-Test"), nullptr);
-  EXPECT_EQ(table.Global().Find("t"), nullptr);
-
-  auto sections = table.Sections();
-  ASSERT_EQ(sections.size(), 3u);
-  EXPECT_EQ(sections[0]->Name(), "");
-  EXPECT_EQ(sections[1]->Name(), "OMS");
-  EXPECT_EQ(sections[2]->Name(), "T-Test");
-}
-
-TEST(StringTableParse, ExactSectionSearchIsCaseSensitiveLooseSearchIgnoresCaseAndBlanks) {
-  StringTable table = Parse("[procedure Non Par Corr]\nx\ty\n");
-  EXPECT_EQ(table.FindSection("non par corr"), nullptr);
-  EXPECT_EQ(table.FindSection(" Non Par Corr"), nullptr);
-  EXPECT_NE(table.FindSectionLoosely("  NON PAR corr "), nullptr);
-  EXPECT_EQ(table.FindSectionLoosely("NONPARCORR"), nullptr);
-  EXPECT_EQ(table.FindSectionLoosely(""), nullptr);
-}
-
 TEST(StringTableParse, EmptyTextGivesAnEmptyGlobalSection) {
   StringTable table = Parse("");
   EXPECT_TRUE(table.Global().Entries().empty());
   EXPECT_EQ(table.Sections().size(), 1u);
   EXPECT_EQ(table.FileName(), "test.stt");
-}
-
-TEST(StringTableParseErrors, NameFileAndLineAndCarryTheLineAsValue) {
-  try {
-    Parse("# header\nok\tgut\nbroken line\n");
-    FAIL() << "no exception";
-  } catch (const OMSException& e) {
-    EXPECT_EQ(e.Message(),
-              "StringTable::Parse -- test.stt line 3: entry without a tab between key and "
-              "translation");
-    EXPECT_EQ(e.Value1(), 3);
-  }
 }
 
 TEST(StringTableParseErrors, MalformedEntriesSectionsEscapesAndTextAreRejected) {

@@ -39,24 +39,6 @@ std::unique_ptr<BootstrapResultWriter> MakeWriter(OmPivotTable& table, int dim, 
                                                  hasJackknife, sigOnly);
 }
 
-TEST(BootstrapResultWriterTest, AddsResultsInDisplayOrderWhileNumberingThemBiasFirst) {
-  StatTable t(3);
-  BootstrapResultWriter writer(95.0, t.Table(), t.stats, OmStringCell("Bootstrap", true),
-                               "bootstrap samples", 1000, true, false, false);
-  EXPECT_EQ(Labels(t.Table().Dimension(t.stats)),
-            (std::vector<std::string>{"Mean", "Std. Error", "Bootstrap", "Bias", "Std. Error",
-                                      "Sig. (2-tailed)", "95% Confidence Interval", "Lower", "Upper"}));
-  EXPECT_EQ(writer.BiasCategory(), 2);
-  EXPECT_EQ(writer.StandardErrorCategory(), 3);
-  EXPECT_EQ(writer.LowerCategory(), 4);
-  EXPECT_EQ(writer.UpperCategory(), 5);
-  EXPECT_EQ(writer.SignificanceCategory(), 6);
-  const OmDimensionNode* group = NodeLabelled(t.Table().Dimension(t.stats).Root(), "Bootstrap");
-  ASSERT_NE(group, nullptr);
-  EXPECT_EQ(NotesOf(t.Table(), group->Label()),
-            std::vector<std::string>{"Unless otherwise noted, bootstrap results are based on 1000 bootstrap samples"});
-}
-
 TEST(BootstrapResultWriterTest, SignificanceOnlyAddsOneCategoryAndWritesEvenAnUncomputableValue) {
   StatTable t(3);
   BootstrapResultWriter writer(95.0, t.Table(), t.stats, OmStringCell("Bootstrap", true),
@@ -68,26 +50,6 @@ TEST(BootstrapResultWriterTest, SignificanceOnlyAddsOneCategoryAndWritesEvenAnUn
   EXPECT_EQ(NumberAt(t.Table(), {2, 1, 0}).Value(), -1.0);
   EXPECT_EQ(NumberAt(t.Table(), {2, 1, 0}).Format(), BootstrapResultWriter::kSignificanceFormat);
   EXPECT_EQ(t.Table().NCells(), 1u);
-}
-
-TEST(BootstrapResultWriterTest, IntervalLabelShowsTheLevelsDecimalsAndCoverageFollowsTheLevel) {
-  struct Case { double level; bool jackknife; const char* label; unsigned coverage; };
-  const Case cases[] = {
-      {95.0, false, "95% Confidence Interval", 39},
-      {97.5, false, "97.5% Confidence Interval", 79},
-      {99.0, false, "99% Confidence Interval", 199},
-      {90.0, true, "BCa 90% Confidence Interval", 19},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.label);
-    StatTable t(3);
-    BootstrapResultWriter writer(c.level, t.Table(), t.stats, OmStringCell("Bootstrap", true),
-                                 "bootstrap samples", 3, false, c.jackknife, false);
-    EXPECT_NE(NodeLabelled(t.Table().Dimension(t.stats).Root(), c.label), nullptr);
-    EXPECT_EQ(writer.CoverageCount(), c.coverage);
-    // Without a standard error there is no significance category.
-    EXPECT_EQ(NodeLabelled(t.Table().Dimension(t.stats).Root(), "Sig. (2-tailed)"), nullptr);
-  }
 }
 
 TEST(BootstrapResultWriterTest, FootnotesQualifyOnlyTheCellsTheyConcern) {
@@ -118,24 +80,6 @@ TEST(BootstrapResultWriterTest, FootnotesQualifyOnlyTheCellsTheyConcern) {
   EXPECT_EQ(NumberAt(t.Table(), sig).Format(), BootstrapResultWriter::kSignificanceFormat);
 }
 
-TEST(BootstrapResultWriterTest, CompleteResultsCarryNoFootnoteAndAMissingSignificanceIsLeftOut) {
-  StatTable t(3);
-  auto writer = MakeWriter(t.Table(), t.stats, 1000, 95.0, true, true);
-  // The statistic cell is absent: results get the default format.
-  writer->Write({1, 1, 0}, 1000, true, 0.1, 0.2, -1.0, 0.5, 0.9);
-  for (int category : {writer->BiasCategory(), writer->StandardErrorCategory(),
-                       writer->LowerCategory(), writer->UpperCategory()}) {
-    EXPECT_TRUE(NotesAt(t.Table(), {category, 1, 0}).empty());
-    EXPECT_EQ(NumberAt(t.Table(), {category, 1, 0}).Format(), BootstrapResultWriter::kDefaultResultFormat);
-  }
-  EXPECT_EQ(t.Table().Cell({writer->SignificanceCategory(), 1, 0}), nullptr);
-  EXPECT_TRUE(NotesOf(t.Table(), t.Table().Label()).empty());
-  // Few replicates but an interval that could be computed: no coverage note.
-  writer->Write({1, 0, 0}, 10, true, 0.1, 0.2, 0.5, 0.5, 0.9);
-  EXPECT_EQ(NotesAt(t.Table(), {writer->LowerCategory(), 0, 0}),
-            std::vector<std::string>{"Based on 10 samples"});
-}
-
 TEST(OmBootCalculatorTest, InconsistentListsAreSizeMismatches) {
   const std::vector<double> replicates{1.0, 2.0, 3.0}, errors{1.0}, none;
   const OmBootCalculator::JackknifeList jackknife(2);
@@ -153,63 +97,12 @@ TEST(OmBootCalculatorTest, InconsistentListsAreSizeMismatches) {
   }
 }
 
-TEST(OmBootCalculatorTest, AMissingReplicateLeavesEveryResultUncomputable) {
-  const std::vector<double> replicates{1.0, kSysMiss, 3.0}, errors{0.5, 0.5, 0.5}, none;
-  const OmBootCalculator::JackknifeList jackknife;
-  const OmBootCalculator calc(replicates, errors, none, jackknife, 0, 0, 2.0, 0.5);
-  EXPECT_EQ(calc.Bias(), kSysMiss);
-  EXPECT_EQ(calc.StandardError(), kSysMiss);
-  EXPECT_EQ(calc.ConfidenceInterval(95.0), std::make_pair(kSysMiss, kSysMiss));
-  EXPECT_EQ(calc.Significance(2, 0.0), -1.0);
-}
-
-TEST(OmBootCalculatorTest, BiasAndStandardErrorComeFromTheReplicates) {
-  const std::vector<double> replicates{1.0, 2.0, 3.0, 6.0}, none;
-  const OmBootCalculator calc(replicates, none, none, {}, 0, 0, 2.5, kSysMiss);
-  EXPECT_DOUBLE_EQ(calc.Bias(), 0.5);
-  EXPECT_NEAR(calc.StandardError(), std::sqrt(14.0 / 3.0), 1e-12);
-  // Four replicates are too few for the 2.5% and 97.5% ranks; 50% needs ranks 1 and 3.
-  EXPECT_EQ(calc.ConfidenceInterval(95.0), std::make_pair(kSysMiss, kSysMiss));
-  const auto [lower, upper] = calc.ConfidenceInterval(50.0);
-  EXPECT_LE(1.0, lower);
-  EXPECT_LT(lower, upper);
-  EXPECT_LE(upper, 6.0);
-  // No standard errors: no significance.
-  EXPECT_EQ(calc.Significance(2, 0.0), -1.0);
-}
-
 // "Statistics" (Mean, Std. Error) x "Var" (a, b) x split 0 .. 1000 with Mean of a at value k.
 struct FullTable : StatTable {
   FullTable() : StatTable(1000) {
     Replicates(builder, {0, 0, 0}, split, 1000, [](int k) { return double(k); });
   }
 };
-
-TEST(BootstrapCellCalculatorTest, AllReplicatesGiveResultsWithoutASampleNote) {
-  FullTable t;
-  const SvrBootstrapSpecs specs = Specs(1000);
-  BootstrapCellCalculator calc(specs, t.Table(), MakeWriter(t.Table(), t.stats, 1000), t.split, {});
-  calc.ComputeCell({0, 0, 0}, {}, false);
-  const BootstrapResultWriter& w = calc.Writer();
-  // Replicates 1 .. 1000 around an estimate of 0.
-  EXPECT_DOUBLE_EQ(NumberAt(t.Table(), {w.BiasCategory(), 0, 0}).Value(), 500.5);
-  EXPECT_TRUE(NotesAt(t.Table(), {w.BiasCategory(), 0, 0}).empty());
-  EXPECT_NE(NumberAt(t.Table(), {w.LowerCategory(), 0, 0}).Value(), kSysMiss);
-  EXPECT_EQ(t.Table().Cell({w.SignificanceCategory(), 0, 0}), nullptr);
-}
-
-TEST(BootstrapCellCalculatorTest, MissingReplicatesAreLeftOutAndCounted) {
-  FullTable t;
-  t.builder->TakeCell({0, 0, 7});
-  t.builder.Number({0, 0, 8}, kSysMiss);
-  t.builder->Cell({0, 0, 9}, OmStringCell("n/a"));
-  const SvrBootstrapSpecs specs = Specs(1000);
-  BootstrapCellCalculator calc(specs, t.Table(), MakeWriter(t.Table(), t.stats, 1000), t.split, {});
-  calc.ComputeCell({0, 0, 0}, {}, false);
-  EXPECT_EQ(calc.Collector().Replicates().size(), 997u);
-  EXPECT_EQ(NotesAt(t.Table(), {calc.Writer().BiasCategory(), 0, 0}),
-            std::vector<std::string>{"Based on 997 samples"});
-}
 
 TEST(BootstrapCellCalculatorTest, ZeroFillCountsMissingReplicatesAsZero) {
   FullTable t;
@@ -221,54 +114,6 @@ TEST(BootstrapCellCalculatorTest, ZeroFillCountsMissingReplicatesAsZero) {
   EXPECT_TRUE(NotesAt(t.Table(), bias).empty());
   // (1 + ... + 990) / 1000 - 0
   EXPECT_DOUBLE_EQ(NumberAt(t.Table(), bias).Value(), 990.0 * 991.0 / 2.0 / 1000.0);
-}
-
-TEST(BootstrapCellCalculatorTest, AStatisticThatIsNotANumberGetsNoResults) {
-  FullTable t;
-  t.builder->Cell({0, 1, 0}, OmStringCell("."));
-  const std::size_t before = t.Table().NCells();
-  const SvrBootstrapSpecs specs = Specs(1000);
-  BootstrapCellCalculator calc(specs, t.Table(), MakeWriter(t.Table(), t.stats, 1000), t.split, {});
-  calc.ComputeCell({0, 1, 0}, {}, false);
-  calc.ComputeCell({1, 1, 0}, {}, false);  // no cell at all
-  EXPECT_EQ(t.Table().NCells(), before);
-  EXPECT_FALSE(calc.Collector().Collect({0, 1, 0}, {}));
-}
-
-TEST(BootstrapCellCalculatorTest, StandardErrorsGiveASignificance) {
-  StatTable t(20);
-  Replicates(t.builder, {0, 0, 0}, t.split, 20, [](int k) { return 5.0 + 0.1 * (k % 5); });
-  Replicates(t.builder, {1, 0, 0}, t.split, 20, [](int k) { return 1.0 + 0.01 * k; });
-  const SvrBootstrapSpecs specs = Specs(20);
-  BootstrapCellCalculator calc(specs, t.Table(), MakeWriter(t.Table(), t.stats, 20, 95.0, true),
-                               t.split, {});
-  calc.ComputeCell({0, 0, 0}, {1, 0, 0}, false);
-  EXPECT_EQ(calc.Collector().EstimateStdError(), 1.0);
-  EXPECT_EQ(calc.Collector().ReplicateStdErrors().size(), 20u);
-  const double sig = NumberAt(t.Table(), {calc.Writer().SignificanceCategory(), 0, 0}).Value();
-  EXPECT_GE(sig, 0.0);
-  EXPECT_LE(sig, 1.0);
-  // Standard errors short of one replicate are not used at all.
-  t.builder->TakeCell({1, 0, 3});
-  calc.Collector().Collect({0, 0, 0}, {1, 0, 0});
-  EXPECT_TRUE(calc.Collector().ReplicateStdErrors().empty());
-  EXPECT_EQ(calc.Collector().Replicates().size(), 20u);
-}
-
-TEST(BootstrapCellCalculatorTest, TestStatisticsBecomeStandardErrors) {
-  StatTable t(3);
-  const double values[] = {6.0, 2.0, 4.0, 3.0};
-  const double tests[] = {3.0, 0.0, 2.0, 1.5};
-  for (int k = 0; k <= 3; ++k) {
-    t.builder.Number({0, 0, k}, values[k]);
-    t.builder.Number({1, 0, k}, tests[k]);
-  }
-  ReplicateCollector collector(t.Table(), t.split, 3, 0, {}, {});
-  ASSERT_TRUE(collector.Collect({0, 0, 0}, {1, 0, 0}));
-  collector.TestStatisticsToStdErrors();
-  EXPECT_EQ(collector.EstimateStdError(), 2.0);
-  // A t of 0 gives no standard error.
-  EXPECT_EQ(collector.ReplicateStdErrors(), (std::vector<double>{kSysMiss, 2.0, 2.0}));
 }
 
 TEST(ReplicateCollectorTest, AReplicateThatLacksARequiredCellIsLeftOutForTheWholeBlock) {
@@ -293,40 +138,6 @@ TEST(ReplicateCollectorTest, AReplicateThatLacksARequiredCellIsLeftOutForTheWhol
   ReplicateCollector fresh(*b, split, 3, 0, {}, {params});
   ASSERT_TRUE(fresh.Collect({0, 0, 0}, {}));
   EXPECT_TRUE(fresh.Replicates().empty());
-}
-
-TEST(ReplicateCollectorTest, JackknifeValuesComeFromTheSamplesAfterTheBootstrapSamples) {
-  // 3 bootstrap samples (split 1 .. 3), then 4 jackknife samples (split 4 .. 7) in two ranges.
-  struct Case {
-    const char* name;
-    std::vector<std::uint32_t> boundaries;
-    std::vector<int> emptySplits;  // splits without a cell for the statistic
-    bool complete;
-    std::uint32_t start, end;
-    std::vector<double> values;
-  };
-  const Case cases[] = {
-      {"one range of all", {}, {}, true, 0, 4, {14, 15, 16, 17}},
-      {"first range", {2, 4}, {}, true, 0, 2, {14, 15}},
-      {"second range when the first has no cell", {2, 4}, {4}, true, 2, 4, {16, 17}},
-      {"a gap inside the range", {4}, {6}, false, 0, 0, {}},
-      {"a boundary past the jackknife list", {5}, {}, false, 0, 0, {}},
-      {"boundaries going backwards", {2, 1}, {4}, false, 0, 0, {}},
-      {"no range with a cell", {2, 4}, {4, 6}, false, 0, 0, {}},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
-    StatTable t(7);
-    Replicates(t.builder, {0, 0, 0}, t.split, 7, [](int k) { return 10.0 + k; });
-    for (int k : c.emptySplits) t.builder->TakeCell({0, 0, k});
-    ReplicateCollector collector(t.Table(), t.split, 3, 4, c.boundaries, {});
-    ASSERT_TRUE(collector.Collect({0, 0, 0}, {}));
-    EXPECT_EQ(collector.Replicates(), (std::vector<double>{11, 12, 13}));
-    EXPECT_EQ(collector.JackknifeComplete(), c.complete);
-    EXPECT_EQ(collector.JackknifeStart(), c.start);
-    EXPECT_EQ(collector.JackknifeEnd(), c.end);
-    EXPECT_EQ(collector.JackknifeValues(), c.values);
-  }
 }
 
 }  // namespace

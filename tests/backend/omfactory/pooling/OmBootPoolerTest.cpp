@@ -20,8 +20,6 @@ namespace {
 using namespace boottest;
 using Node = OmOutputTree::Node;
 
-OmNumDataValue SplitLabel(int k) { return OmNumDataValue(kSplitVariable, "", double(k), mitest::kNoDecimals); }
-
 // A table of "Var" (a, b) x split 0 .. last with a cell at (a, k) for every k in splits.
 std::unique_ptr<OmPivotTable> SplitTable(const OmCellText& label, int last, const std::vector<int>& splits) {
   auto table = std::make_unique<OmPivotTable>(label, OmStringCell("Report"));
@@ -58,37 +56,6 @@ struct Output {
   Node procedure;
 };
 
-TEST(OmBootPoolerTest, PatternsAreChosenOnlyWithSpecificationsAndAProcedureName) {
-  Output out;
-  out.Heading(out.procedure, SplitLabel(3));
-  OmPivotTable* table = out.Table(out.procedure, SplitTable(OmStringCell("Report"), 2, {0, 1, 2}));
-  const std::vector<std::string> before = Outline(out.list);
-  OmBootPooler unspecified(out.Name(), out.list, nullptr);
-  EXPECT_TRUE(unspecified.Patterns().empty());
-  EXPECT_EQ(Outline(out.list), before);  // nothing erased
-  table->Accept(unspecified);
-  EXPECT_EQ(table->Size(1), 3);  // nor reduced
-  EXPECT_FALSE(table->Dimension(1).HideLabel());
-
-  const SvrBootstrapSpecs specs = Specs(10);
-  EXPECT_EQ(OmBootPooler(out.Name(), out.list, &specs).Patterns().size(), 1u);  // "Report"
-  EXPECT_TRUE(OmBootPooler(nullptr, out.list, &specs).Patterns().empty());
-}
-
-TEST(OmBootPoolerTest, NodesOfBootstrapSamplesGoWithEverythingBelowThem) {
-  Output out;
-  const Node sample3 = out.Heading(out.procedure, SplitLabel(3));
-  out.Table(sample3, SplitTable(OmStringCell("Inner"), 2, {0}));
-  const Node sample0 = out.Heading(out.procedure, SplitLabel(0));
-  out.Table(sample0, SplitTable(OmStringCell("First"), 2, {0}));
-  out.Table(sample0, SplitTable(OmStringCell("Second"), 2, {0}));
-  out.Heading(out.procedure, OmStringCell("$bootstrap_split = 7"));
-  const SvrBootstrapSpecs specs = Specs(2);
-  OmBootPooler pooler(out.Name(), out.list, &specs);
-  EXPECT_EQ(Outline(out.list),
-            (std::vector<std::string>{"0 -", "1 Procedure Means", "2 Heading 0", "3 Table First", "3 Table Second"}));
-}
-
 TEST(OmBootPoolerTest, TablesWithNothingForTheOriginalSampleGoUnlessFootnoted) {
   Output out;
   out.Table(out.procedure, SplitTable(OmStringCell("Replicates only"), 3, {1, 2}));
@@ -105,54 +72,6 @@ TEST(OmBootPoolerTest, TablesWithNothingForTheOriginalSampleGoUnlessFootnoted) {
   OmBootPooler pooler(out.Name(), out.list, &specs);
   EXPECT_EQ(Outline(out.list), (std::vector<std::string>{"0 -", "1 Procedure Means", "2 Table Noted",
                                                          "2 Table Original", "2 Table Unsplit"}));
-}
-
-TEST(OmBootPoolerTest, AHeadingOfTheOriginalSamplesTableAloneGivesWayToIt) {
-  Output out;
-  const Node heading = out.Heading(out.procedure, OmStringCell("Valid Cases"));
-  out.Table(heading, SplitTable(SplitLabel(0), 2, {0}));
-  // Two children, and an only child with children of its own: both stay.
-  const Node pair = out.Heading(out.procedure, OmStringCell("Pair"));
-  out.Table(pair, SplitTable(SplitLabel(0), 2, {0}));
-  out.Table(pair, SplitTable(OmStringCell("Other"), 2, {0}));
-  const Node outer = out.Heading(out.procedure, OmStringCell("Outer"));
-  const Node inner = out.Heading(outer, SplitLabel(0));
-  const Node innermost = out.Heading(inner, OmStringCell("Innermost"));
-  out.Table(innermost, SplitTable(SplitLabel(0), 2, {0}));
-  const SvrBootstrapSpecs specs = Specs(2);
-  OmBootPooler pooler(out.Name(), out.list, &specs);
-  EXPECT_EQ(Outline(out.list),
-            (std::vector<std::string>{"0 -", "1 Procedure Means", "2 Table Valid Cases", "2 Heading Pair",
-                                      "3 Table 0", "3 Table Other", "2 Heading Outer", "3 Heading 0",
-                                      "4 Table Innermost"}));
-  auto* flattened = dynamic_cast<OmPivotTable*>(out.procedure.FirstChild().Value());
-  ASSERT_NE(flattened, nullptr);
-  EXPECT_EQ(flattened->TableTitle()->Text(), "Valid Cases");
-}
-
-TEST(OmBootPoolerTest, VisitKeepsTheOriginalSampleAndEveryGroupAndHidesTheSplitDimension) {
-  Output out;
-  auto made = std::make_unique<OmPivotTable>(OmStringCell("Report"), OmStringCell("Report"));
-  Dim(*made, "Var", {"a"});
-  const int split = made->AddDimension(OmVariable(kSplitVariable, ""));
-  OmDimension& dim = made->Dimension(split);
-  OmDimension::Node samples = dim.Child(&dim.Root(), -1, OmStringCell("Samples"), true);
-  dim.Child(samples, -1, SplitLabel(1), false);
-  dim.Child(&dim.Root(), -1, SplitLabel(0), false);
-  OmDimension::Node others = dim.Child(&dim.Root(), -1, OmStringCell("Others"), true);
-  dim.Child(others, -1, SplitLabel(2), false);
-  dim.Child(others, -1, OmStringCell("0"), false);
-  dim.Child(others, -1, OmNumDataValue(kSplitVariable, "", std::nan(""), mitest::kNoDecimals), false);
-  for (int k = 0; k < 5; ++k) made->Cell({0, k}, OmNumber(double(k), mitest::kTwoDecimals));
-  OmPivotTable* table = out.Table(out.procedure, std::move(made));
-  const SvrBootstrapSpecs specs = Specs(2);
-  OmBootPooler pooler(out.Name(), out.list, &specs);
-  table->Accept(pooler);
-  EXPECT_EQ(Labels(table->Dimension(split)), (std::vector<std::string>{"Samples", "0", "Others"}));
-  EXPECT_TRUE(table->Dimension(split).HideLabel());
-  EXPECT_TRUE(table->Dimension(split).HideCategories());
-  EXPECT_EQ(table->NCells(), 1u);
-  EXPECT_EQ(NumberAt(*table, {0, 1}).Value(), 1.0);
 }
 
 TEST(OmBootPoolerTest, SplitFootnotesLeaveLabelsButNotDataCells) {

@@ -29,13 +29,6 @@ void Place(OmPivotTable& table, const std::vector<short>& rows, const std::vecto
 }
 
 std::vector<short> Columns(const OmPivotTable& table) { return table.Columns(); }
-std::vector<short> Layers(const OmPivotTable& table) { return table.Layers(); }
-
-std::vector<std::string> Texts(const std::vector<const OmBootPattern*>& patterns) {
-  std::vector<std::string> texts;
-  for (const OmBootPattern* p : patterns) texts.push_back(p->ProcedureName().Text() + "/" + p->TemplateName().Text());
-  return texts;
-}
 
 std::vector<const OmBootPattern*> ForProcedure(const std::string& procedure) {
   std::vector<const OmBootPattern*> chosen;
@@ -43,46 +36,6 @@ std::vector<const OmBootPattern*> ForProcedure(const std::string& procedure) {
     if (p->MatchesProcedure(OmStringCell(procedure))) chosen.push_back(p);
   }
   return chosen;
-}
-
-TEST(BootPoolingPatternsTest, RegistryHoldsTheSameFiftyTwoPatternsInRowOrder) {
-  const auto& first = BootPoolingPatterns();
-  ASSERT_EQ(first.size(), 52u);
-  int kinds[3] = {0, 0, 0};
-  for (const OmBootPattern* p : first) {
-    if (dynamic_cast<const OmBootPoolingPattern1*>(p)) ++kinds[0];
-    if (dynamic_cast<const OmBootPoolingPattern2*>(p)) ++kinds[1];
-    if (dynamic_cast<const OmBootPoolingPattern3*>(p)) ++kinds[2];
-  }
-  EXPECT_EQ(kinds[0], 17);
-  EXPECT_EQ(kinds[1], 15);
-  EXPECT_EQ(kinds[2], 20);
-  EXPECT_EQ(Texts({first[0], first[9], first[36], first[51]}),
-            (std::vector<std::string>{"Frequencies/Frequencies", "Crosstabs/Directional Measures",
-                                      "Regression/Coefficient Correlations",
-                                      "Mixed/Covariance Parameter Estimates"}));
-  EXPECT_EQ(first[36]->RequiredDimensions(), (std::vector<std::string>{"Variables1", "Variables2"}));
-  const auto* nominal = dynamic_cast<const OmBootPoolingPattern1*>(first[40]);
-  ASSERT_NE(nominal, nullptr);
-  EXPECT_EQ(nominal->StatisticsAxis(), unsigned(OmBootPattern::kRows));
-  EXPECT_FALSE(nominal->Isolate());
-  const auto* contrast = dynamic_cast<const OmBootPoolingPattern1*>(first[25]);
-  ASSERT_NE(contrast, nullptr);
-  EXPECT_TRUE(contrast->SignificanceOnly());
-}
-
-TEST(BootPoolingPatternsTest, ProceduresChooseOnlyTheirOwnPatterns) {
-  EXPECT_EQ(Texts(ForProcedure("Regression")),
-            (std::vector<std::string>{"Regression/Descriptive Statistics", "Regression/Correlations",
-                                      "Regression/Coefficients", "Regression/Model Summary",
-                                      "Regression/Coefficient Correlations",
-                                      "Regression/Residuals Statistics"}));
-  for (const char* procedure : {"Correlations", "Non Par Corr", "Partial Corr"}) {
-    int correlations = 0;
-    for (const OmBootPattern* p : ForProcedure(procedure)) correlations += p->TemplateName().Text() == "Correlations";
-    EXPECT_EQ(correlations, 1) << procedure;
-  }
-  EXPECT_TRUE(ForProcedure("Reliability").empty());
 }
 
 TEST(OmBootPatternTest, TablesNeedTheirTemplateTheSplitDimensionAndEveryRequiredDimension) {
@@ -117,32 +70,6 @@ struct CorrTable {
   int vars = 0, stats = -1, split = 0;
 };
 
-TEST(OmBootPoolingPattern1Test, ATableMissingSamplesIsMarkedAndLeftUnpooled) {
-  OmBootPoolingPattern1 pattern("Correlations", "Correlations");
-  pattern.SetStatisticsDimension("Statistics");
-  pattern.AddStatistic("Correlation");
-  OmOutputTree list;
-  const SvrBootstrapSpecs specs = Specs(1000);
-  CorrTable complete(1000), shortOne(999);
-  pattern.Pool(*complete.builder, list, &specs);
-  EXPECT_EQ(complete.builder->Size(complete.stats), 2 + 4);
-  EXPECT_TRUE(NotesOf(*complete.builder, complete.builder->Label()).empty());
-
-  const std::size_t cells = shortOne.builder->NCells();
-  EXPECT_FALSE(pattern.Pool(*shortOne.builder, list, &specs));
-  EXPECT_EQ(NotesOf(*shortOne.builder, shortOne.builder->Label()),
-            std::vector<std::string>{"Not all bootstrap results available..."});
-  EXPECT_EQ(shortOne.builder->Size(shortOne.stats), 2);
-  EXPECT_EQ(shortOne.builder->NCells(), cells);
-  // Jackknife samples count towards the categories the table must have.
-  SvrBootstrapSpecs withJackknife = Specs(998);
-  withJackknife.SetJackknifeList({{1.0, 0}, {1.0, 0}});
-  CorrTable jackknifed(1000);
-  pattern.Pool(*jackknifed.builder, list, &withJackknife);
-  EXPECT_TRUE(NotesOf(*jackknifed.builder, jackknifed.builder->Label()).empty());
-  EXPECT_NE(NodeLabelled(jackknifed.builder->Dimension(jackknifed.stats).Root(), "BCa 95% Confidence Interval"), nullptr);
-}
-
 TEST(OmBootPoolingPattern1Test, AddsAStatisticsDimensionWhenTheTableHasNone) {
   OmBootPoolingPattern1 pattern("T-Test", "Correlations");
   pattern.SetStatisticsDimension("Statistics");
@@ -168,59 +95,6 @@ TEST(OmBootPoolingPattern1Test, AddsAStatisticsDimensionWhenTheTableHasNone) {
   // The original cells were in the old dimensions only: their bias is there at (a, split 0).
   const int bias = CategoryLabelled(table, 3, "Bias");
   EXPECT_NEAR(NumberAt(table, {0, 0, 0, bias}).Value(), 0.0505, 1e-12);
-}
-
-TEST(OmBootPoolingPattern1Test, ZeroFillCountsMissingSamplesAndKeepsAnEmptySignificance) {
-  OmBootPoolingPattern1 pattern("Frequencies", "Frequencies");
-  pattern.SetStatisticsDimension("Statistics");
-  pattern.AddStatistic("Percent", OmBootPoolingPattern1::kZeroFill);
-  TableBuilder b("Frequencies");
-  const int values = b.Dim("Values", {"1", "2"});
-  const int stats = b.Dim("Statistics", {"Frequency", "Percent"});
-  const int split = SplitDim(b, 10);
-  Place(*b, {short(values)}, {short(stats)}, {short(split)});
-  // Value 2 turned up in only 6 of the 10 samples.
-  Replicates(b, {1, 1, 0}, split, 10, [](int k) { return k <= 6 ? 20.0 : kSysMiss; });
-  OmOutputTree list;
-  const SvrBootstrapSpecs specs = Specs(10);
-  pattern.Pool(*b, list, &specs);
-  EXPECT_NE(NodeLabelled(b->Dimension(stats).Root(), "Sig. (2-tailed)"), nullptr);
-  const int bias = CategoryLabelled(*b, stats, "Bias");
-  const int sig = CategoryLabelled(*b, stats, "Sig. (2-tailed)");
-  EXPECT_DOUBLE_EQ(NumberAt(*b, {1, bias, 0}).Value(), 0.6 * 20.0 - 20.0);
-  EXPECT_TRUE(NotesAt(*b, {1, bias, 0}).empty());
-  EXPECT_EQ(b->Cell({1, sig, 0}), nullptr);
-}
-
-TEST(OmBootPoolingPattern2Test, PutsEachStatisticsResultsBesideItsStatisticColumn) {
-  OmBootPoolingPattern2 pattern("Descriptives", "Descriptive Statistics");
-  pattern.SetStatisticsDimension("Statistics");
-  pattern.SetBootstrapDimension("Stat Type");
-  for (const char* s : {"Mean", "N", "Skewness"}) pattern.AddStatistic(s);
-  TableBuilder b("Descriptive Statistics");
-  const int vars = b.Dim("Variables", {"age", "income"});
-  const int stats = b.Dim("Statistics", {"N", "Mean"});
-  const int split = SplitDim(b, 50);
-  Place(*b, {short(vars)}, {short(stats)}, {short(split)});
-  for (int v = 0; v < 2; ++v) {
-    Replicates(b, {v, 0, 0}, split, 50, [](int) { return 100.0; });
-    Replicates(b, {v, 1, 0}, split, 50, [v](int k) { return 10.0 * (v + 1) + (k % 3); });
-  }
-  OmOutputTree list;
-  const SvrBootstrapSpecs specs = Specs(50);
-  EXPECT_FALSE(pattern.Pool(*b, list, &specs));
-  ASSERT_EQ(b->NDimensions(), 4);
-  const OmDimension& statType = b->Dimension(3);
-  EXPECT_EQ(statType.Label()->Text(), "Stat Type");
-  EXPECT_EQ(Labels(statType), (std::vector<std::string>{"Statistic", "Bootstrap", "Bias", "Std. Error",
-                                                        "95% Confidence Interval", "Lower", "Upper"}));
-  // The new dimension has the columns to itself; the statistics moved to the front of the rows.
-  EXPECT_EQ(Columns(*b), std::vector<short>{3});
-  EXPECT_EQ(std::vector<short>(static_cast<const OmPivotTable&>(*b).Rows()), (std::vector<short>{1, 0}));
-  const int se = CategoryLabelled(*b, 3, "Std. Error");
-  EXPECT_EQ(NumberAt(*b, {0, 0, 0, se}).Value(), 0.0);  // N never varies
-  EXPECT_GT(NumberAt(*b, {1, 1, 0, se}).Value(), 0.0);
-  EXPECT_EQ(b->Cell({0, 1, 1, se}), nullptr);  // results stay at the original sample
 }
 
 // A "Parameter Estimates" table under a heading, before a later heading: Parameter (rows) x
@@ -250,40 +124,6 @@ struct ParameterTable {
   OmPivotTable* table = nullptr;
   int params = 0, stats = 0, split = 0;
 };
-
-TEST(OmBootPoolingPattern3Test, MakesOneTableAfterTheSourcePerEstimate) {
-  OmBootPoolingPattern3 pattern("UNIANOVA", "Parameter Estimates");
-  pattern.SetStatisticsDimension("Statistics");
-  pattern.AddStatistic("B", "Std. Error");
-  pattern.AddStatistic("t");
-  pattern.AddStatistic("Wald");  // not in the table: no table for it
-  ParameterTable t(40);
-  OmPivotTable& source = *t.table;
-  const SvrBootstrapSpecs specs = Specs(40);
-  EXPECT_TRUE(pattern.Pool(source, t.list, &specs));
-
-  std::vector<std::string> order;
-  for (const OmOutputTree::Node& n : t.heading.Children()) order.push_back(n.Value()->Label()->Text());
-  EXPECT_EQ(order, (std::vector<std::string>{"Parameter Estimates", "Bootstrap for B", "Bootstrap for t", "Later"}));
-  auto* boot = dynamic_cast<OmPivotTable*>(t.heading.Children()[1].Value());
-  ASSERT_NE(boot, nullptr);
-  EXPECT_EQ(boot->TableId(), 500007);
-  EXPECT_EQ(boot->TemplateName().Text(), "Bootstrap");
-  EXPECT_EQ(boot->TableTitle()->Text(), "Bootstrap for B");
-  ASSERT_EQ(boot->NDimensions(), 2);
-  EXPECT_EQ(boot->Dimension(1).Label()->Text(), "Bootstrap Statistics");
-  EXPECT_TRUE(Layers(*boot).empty());
-  EXPECT_EQ(Labels(boot->Dimension(1)),
-            (std::vector<std::string>{"B", "Bootstrap", "Bias", "Std. Error", "Sig. (2-tailed)",
-                                      "95% Confidence Interval", "Lower", "Upper"}));
-  // The estimate is copied, its results beside it; the source keeps its split dimension.
-  EXPECT_EQ(NumberAt(*boot, {1, 0}).Value(), 2.0);
-  EXPECT_NE(boot->Cell({1, CategoryLabelled(*boot, 1, "Sig. (2-tailed)")}), nullptr);
-  EXPECT_EQ(source.NDimensions(), 3);
-  auto* tTable = dynamic_cast<OmPivotTable*>(t.heading.Children()[2].Value());
-  ASSERT_NE(tTable, nullptr);
-  EXPECT_EQ(NodeLabelled(tTable->Dimension(1).Root(), "Sig. (2-tailed)"), nullptr);
-}
 
 TEST(OmBootPoolingPattern3Test, OneEstimateNamesItsTableAfterTheSourceTitle) {
   OmBootPoolingPattern3 pattern("T-Test", "Parameter Estimates");

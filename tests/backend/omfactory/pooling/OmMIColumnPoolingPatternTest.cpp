@@ -63,37 +63,6 @@ struct Coefficients {
 
 }  // namespace
 
-TEST(MIColumnPooling, AllTermsOfOneModelPoolTogetherAsTheComputationDoes) {
-  ScopedMiOutput output(true, true, true, false);
-  Coefficients c({"(Constant)", "x"}, 3);
-  const std::vector<std::vector<double>> b{{1.0, 0.5}, {1.2, 0.7}, {0.9, 0.4}};
-  const std::vector<std::vector<double>> se{{0.3, 0.1}, {0.25, 0.12}, {0.35, 0.11}};
-  c.t.Number({0, 0, 0}, 99.0);  // the original data is never read
-  for (int i = 1; i <= 3; ++i) {
-    for (int term = 0; term < 2; ++term) c.Term(term, i, b[i - 1][term], se[i - 1][term]);
-  }
-  EXPECT_TRUE(c.Pool());
-  const mitest::Reference ref = mitest::Pooled(b, se);
-  const int p = c.Pooled();
-  for (int term = 0; term < 2; ++term) {
-    SCOPED_TRACE(term);
-    const double estimate = NumberAt(*c.t, {term, c.B, p}).Value();
-    EXPECT_DOUBLE_EQ(estimate, ref.estimates[std::size_t(term)]);
-    EXPECT_DOUBLE_EQ(NumberAt(*c.t, {term, c.SE, p}).Value(), ref.standardErrors[std::size_t(term)]);
-    EXPECT_EQ(NumberAt(*c.t, {term, c.SE, p}).Format(), 0x3050028u);
-    EXPECT_DOUBLE_EQ(NumberAt(*c.t, {term, c.T, p}).Value(), estimate / ref.standardErrors[std::size_t(term)]);
-    EXPECT_DOUBLE_EQ(NumberAt(*c.t, {term, c.Sig, p}).Value(), ref.significance[std::size_t(term)]);
-    EXPECT_DOUBLE_EQ(NumberAt(*c.t, {term, c.ExpB, p}).Value(), std::exp(estimate));
-    EXPECT_LT(NumberAt(*c.t, {term, c.lower, p}).Value(), estimate);
-    EXPECT_GT(NumberAt(*c.t, {term, c.upper, p}).Value(), estimate);
-  }
-  // The diagnostic columns are there, but empty while diagnostics are off.
-  const OmDimension& stats = c.t->Dimension(c.stats);
-  const int fraction = OmPoolingTools::FindMatchingCategory("Fraction Missing Info.", &stats.Root());
-  ASSERT_GE(fraction, 0);
-  EXPECT_EQ(c.t->Cell({0, fraction, p}), nullptr);
-}
-
 TEST(MIColumnPooling, ModelsWhoseTermsVaryAreNotPooledAndTheTitleSaysSo) {
   Coefficients c({"(Constant)", "x"}, 3);
   for (int i = 1; i <= 3; ++i) c.Term(0, i, 1.0 + i, 0.2);
@@ -105,68 +74,7 @@ TEST(MIColumnPooling, ModelsWhoseTermsVaryAreNotPooledAndTheTitleSaysSo) {
   EXPECT_EQ(c.t->Size(c.imp), 4);  // no "Pooled" category
 }
 
-TEST(MIColumnPooling, TermsAbsentFromEveryModelAreLeftOutOfThePooledModel) {
-  Coefficients c({"(Constant)", "x", "z"}, 2);
-  for (int i = 1; i <= 2; ++i) {
-    c.Term(0, i, 1.0 * i, 0.2);
-    c.Term(2, i, 3.0 * i, 0.3);
-  }
-  EXPECT_TRUE(c.Pool());
-  const mitest::Reference ref = mitest::Pooled({{1.0, 3.0}, {2.0, 6.0}}, {{0.2, 0.3}, {0.2, 0.3}});
-  EXPECT_DOUBLE_EQ(NumberAt(*c.t, {2, c.B, c.Pooled()}).Value(), ref.estimates[1]);
-  EXPECT_EQ(c.t->Cell({1, c.B, c.Pooled()}), nullptr);
-  EXPECT_TRUE(NotesOf(*c.t, c.t->TableTitle()).empty());
-}
-
-TEST(MIColumnPooling, RedundantParameterKeepsItsNoteAndHasNoExpB) {
-  Coefficients c({"(Constant)", "x"}, 2);
-  const int note = c.t->Footnote(OmFootnote(OmStringCell(kRedundant, true)), false);
-  for (int i = 1; i <= 2; ++i) {
-    c.Term(0, i, 1.0 * i, 0.2);
-    c.t.Number({1, c.B, i}, 0.0);
-    c.t.Number({1, c.SE, i}, 0.0);
-    c.t->Cell({1, c.B, i})->Footnote(std::int16_t(note));
-  }
-  EXPECT_TRUE(c.Pool());
-  const int p = c.Pooled();
-  EXPECT_EQ(NotesAt(*c.t, {1, c.B, p}), std::vector<std::string>{kRedundant});
-  EXPECT_TRUE(NotesAt(*c.t, {0, c.B, p}).empty());
-  EXPECT_TRUE(NumberAt(*c.t, {1, c.ExpB, p}).IsSysMiss());
-  EXPECT_DOUBLE_EQ(NumberAt(*c.t, {0, c.ExpB, p}).Value(), std::exp(1.5));
-  // No "No variance" note on the redundant term's missing significance.
-  EXPECT_TRUE(NotesAt(*c.t, {1, c.Sig, p}).empty());
-}
-
-TEST(MIColumnPooling, InterceptWithoutExpBLeavesTheFirstExpBCellEmpty) {
-  Coefficients c({"(Constant)", "x"}, 2);
-  for (int i = 1; i <= 2; ++i) {
-    c.Term(0, i, 1.0 * i, 0.2);
-    c.Term(1, i, 0.5 * i, 0.1);
-  }
-  for (int i = 0; i <= 2; ++i) c.t->Cell({0, c.ExpB, i}, nullptr);
-  EXPECT_TRUE(c.Pool());
-  EXPECT_EQ(c.t->Cell({0, c.ExpB, c.Pooled()}), nullptr);
-  EXPECT_DOUBLE_EQ(NumberAt(*c.t, {1, c.ExpB, c.Pooled()}).Value(), std::exp(0.75));
-}
-
 // --- Correlation columns, pooled on the Fisher z scale
-
-TEST(MIColumnCorrelation, PooledCorrelationIsTheInverseFisherZOfTheMeanZ) {
-  Coefficients c({"x", "z"}, 3);
-  const OmMIColumnPoolingPattern::Labels partial{.statistics = "Statistics", .key = "Variables", .correlation = "t"};
-  const std::vector<double> rx{0.2, 0.4, 0.3}, rz{-0.5, -0.6, -0.4};
-  for (int i = 1; i <= 3; ++i) {
-    c.t.Number({0, c.T, i}, rx[std::size_t(i - 1)], 0x3050028);
-    c.t.Number({1, c.T, i}, rz[std::size_t(i - 1)], 0x3050028);
-  }
-  EXPECT_TRUE(c.Pool(partial));
-  auto pooled = [](const std::vector<double>& r) {
-    return std::tanh((std::atanh(r[0]) + std::atanh(r[1]) + std::atanh(r[2])) / 3.0);
-  };
-  EXPECT_NEAR(NumberAt(*c.t, {0, c.T, c.Pooled()}).Value(), pooled(rx), 1e-12);
-  EXPECT_NEAR(NumberAt(*c.t, {1, c.T, c.Pooled()}).Value(), pooled(rz), 1e-12);
-  EXPECT_EQ(NumberAt(*c.t, {1, c.T, c.Pooled()}).Format(), 0x3050028u);
-}
 
 TEST(MIColumnCorrelation, CorrelationOfOneEntersAsAnInfiniteZAndFailsWithItsErrorText) {
   Coefficients c({"x", "z"}, 2);

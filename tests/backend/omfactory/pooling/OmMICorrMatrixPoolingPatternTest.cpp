@@ -80,23 +80,6 @@ mitest::Reference FisherReference(const std::vector<double>& rs, const std::vect
 
 }  // namespace
 
-TEST(MICorrMatrix, CoefficientNAndSignificancePoolOnTheFisherScale) {
-  Matrix m(3, false);
-  const std::vector<double> rs{0.31, 0.22, 0.40}, ns{40, 42, 41};
-  m.Coefficients(rs, ns);
-  m.t.Number({0, 1, Matrix::R, 0}, 0.99);  // the original data stays out
-  m.Pool();
-  const mitest::Reference ref = FisherReference(rs, ns);
-  const int p = m.Pooled();
-  EXPECT_NEAR(NumberAt(*m.t, {0, 1, Matrix::R, p}).Value(), std::tanh(ref.estimates[0]), 1e-12);
-  EXPECT_EQ(NumberAt(*m.t, {0, 1, Matrix::R, p}).Format(), 0x3050028u);
-  EXPECT_DOUBLE_EQ(NumberAt(*m.t, {0, 1, Matrix::N, p}).Value(), 41.0);
-  EXPECT_EQ(NumberAt(*m.t, {0, 1, Matrix::N, p}).Format(), Matrix::kNoDecimalsFormat);
-  EXPECT_NEAR(NumberAt(*m.t, {0, 1, Matrix::Sig, p}).Value(), ref.significance[0], 1e-12);
-  // Positions no imputation states stay empty.
-  EXPECT_EQ(m.t->Cell({1, 0, Matrix::R, p}), nullptr);
-}
-
 TEST(MICorrMatrix, DiagonalIsOneWithoutSignificanceAndAPerfectCorrelationInSomeIsMissing) {
   Matrix m(2, false);
   for (int i = 1; i <= 2; ++i) m.t.Number({0, 0, Matrix::R, i}, 1.0);
@@ -116,52 +99,6 @@ TEST(MICorrMatrix, TwoTailedTablesGetTheTwoTailedNoteOfThePooledSignificance) {
   ASSERT_LE(FisherReference(rs, ns).significance[0], 0.01);
   m.Pool();
   EXPECT_EQ(NotesAt(*m.t, {0, 1, Matrix::R, m.Pooled()}), std::vector<std::string>{kLabels.note01TwoTailed});
-}
-
-TEST(MICorrMatrix, OneTailedTablesHalveThePAndNoteBetweenTwoAndTenPercent) {
-  Matrix m(2, true);
-  const std::vector<double> rs{0.30, 0.24}, ns{50, 50};
-  m.Coefficients(rs, ns);
-  m.Note(1, kLabels.note05OneTailed, "*");
-  const double p = FisherReference(rs, ns).significance[0];
-  ASSERT_GT(p, 0.02);
-  ASSERT_LE(p, 0.1);
-  m.Pool();
-  EXPECT_NEAR(NumberAt(*m.t, {0, 1, Matrix::Sig, m.Pooled()}).Value(), p * 0.5, 1e-12);
-  EXPECT_EQ(NotesAt(*m.t, {0, 1, Matrix::R, m.Pooled()}), std::vector<std::string>{kLabels.note05OneTailed});
-}
-
-TEST(MICorrMatrix, NoteOfAnotherTextOrMarkerDoesNotSetTheStyle) {
-  Matrix m(2, false);
-  const std::vector<double> rs{0.62, 0.58}, ns{50, 50};
-  m.Coefficients(rs, ns);
-  m.Note(1, kLabels.note01TwoTailed, "*");  // wrong marker for a .01 note
-  m.Note(2, "Some other remark.", "**");
-  m.Pool();
-  EXPECT_TRUE(NotesAt(*m.t, {0, 1, Matrix::R, m.Pooled()}).empty());
-}
-
-TEST(MICorrMatrix, NOfThreeOrLessPoolsWithoutSignificance) {
-  Matrix m(2, false);
-  m.Coefficient(1, 0.5, 3);
-  m.Coefficient(2, 0.3, 10);
-  m.Note(1, kLabels.note05TwoTailed, "*");
-  m.Pool();
-  const int p = m.Pooled();
-  EXPECT_NEAR(NumberAt(*m.t, {0, 1, Matrix::R, p}).Value(),
-              std::tanh((std::atanh(0.5) + std::atanh(0.3)) / 2.0), 1e-12);
-  EXPECT_TRUE(NumberAt(*m.t, {0, 1, Matrix::Sig, p}).IsSysMiss());
-  EXPECT_EQ(NotesAt(*m.t, {0, 1, Matrix::Sig, p}), std::vector<std::string>{Pattern::kNoVariance});
-  EXPECT_TRUE(NotesAt(*m.t, {0, 1, Matrix::R, p}).empty());
-}
-
-TEST(MICorrMatrix, SignificanceWithoutAnyNSaysItNeedsN) {
-  Matrix m(2, false, false);
-  m.Coefficient(1, 0.5, 0);
-  m.Coefficient(2, 0.3, 0);
-  m.Pool();
-  EXPECT_TRUE(NumberAt(*m.t, {0, 1, Matrix::Sig, m.Pooled()}).IsSysMiss());
-  EXPECT_EQ(NotesAt(*m.t, {0, 1, Matrix::Sig, m.Pooled()}), std::vector<std::string>{Pattern::kNeedsN});
 }
 
 TEST(MICorrMatrix, MissingCorrelationInAnImputationLeavesTheErrorOnThePooledCell) {

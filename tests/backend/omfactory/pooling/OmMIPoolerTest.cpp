@@ -115,14 +115,6 @@ const Row kRows[] = {
     {kCell2,       "Kaplan-Meier",             "Means and Medians for Survival Time"},
 };
 
-Kind KindOf(const OmMIPattern& pattern) {
-  if (dynamic_cast<const OmMICellPoolingPattern*>(&pattern)) return kCell;
-  if (dynamic_cast<const OmMICellPoolingPattern0*>(&pattern)) return kCell0;
-  if (dynamic_cast<const OmMICellPoolingPattern2*>(&pattern)) return kCell2;
-  if (dynamic_cast<const OmMIColumnPoolingPattern*>(&pattern)) return kColumn;
-  return kCorrelation;
-}
-
 // A "Means" report of one group with a mean and an N over imputations 0 .. m.
 struct Report {
   TableBuilder t{"Report", "Report"};
@@ -151,33 +143,6 @@ const OmStringCell kMeans("Means", true);
 
 // --- The registry
 
-TEST(MIPoolingRegistry, HoldsEveryKnownTableInPoolingOrder) {
-  const std::vector<const OmMIPattern*>& patterns = MIPoolingPatterns();
-  ASSERT_EQ(patterns.size(), std::size(kRows));
-  for (std::size_t i = 0; i < patterns.size(); ++i) {
-    SCOPED_TRACE("row " + std::to_string(i + 1));
-    EXPECT_EQ(KindOf(*patterns[i]), kRows[i].kind);
-    EXPECT_EQ(patterns[i]->ProcedureName().Text(), kRows[i].procedure);
-    EXPECT_EQ(patterns[i]->TemplateName().Text(), kRows[i].table);
-  }
-}
-
-TEST(MIPoolingRegistry, DescriptivesRowsSplitTheTableByItsStatTypeDimension) {
-  const std::vector<const OmMIPattern*>& patterns = MIPoolingPatterns();
-  const OmMIPattern* byStatistics = patterns[27];
-  const OmMIPattern* byStatType = patterns[28];
-  TableBuilder plain("Descriptive Statistics");
-  plain.Dim("Statistics", {"Mean", "Std. Error", "N"});
-  plain.Imputations(2);
-  TableBuilder typed("Descriptive Statistics");
-  typed.Dim("Statistics", {"Mean", "N"});
-  typed.Dim("Stat Type", {"Statistic", "Std. Error"});
-  typed.Imputations(2);
-  EXPECT_TRUE(byStatistics->MatchesTable(*plain));
-  EXPECT_FALSE(byStatistics->MatchesTable(*typed));
-  EXPECT_TRUE(byStatType->MatchesTable(*typed));
-}
-
 // --- Choosing the patterns
 
 TEST(MIPoolerPatterns, KeepsThePatternsOfItsProcedureInRegistryOrder) {
@@ -193,52 +158,7 @@ TEST(MIPoolerPatterns, KeepsThePatternsOfItsProcedureInRegistryOrder) {
   EXPECT_THROW(pooler.Pattern(expected.size()), OMSException);
 }
 
-TEST(MIPoolerPatterns, UnknownOrUnnamedProceduresPoolNothing) {
-  const OmStringCell other("Graph", true);
-  EXPECT_EQ(OmMIPooler(&other, nullptr, true, true, true, true).NPatterns(), 0u);
-  EXPECT_EQ(OmMIPooler(nullptr, nullptr, true, true, true, true).NPatterns(), 0u);
-}
-
 // --- Pooling and pruning a table
-
-TEST(MIPooler, ShowFlagsChooseWhichImputationCategoriesStay) {
-  struct Case {
-    const char* name;
-    bool pooled, observed, imputed;
-    std::vector<std::string> categories;
-  };
-  const Case cases[] = {
-      {"all", true, true, true, {"0", "1", "2", "3", "Pooled"}},
-      {"pooled only", true, false, false, {"Pooled"}},
-      {"observed and imputed", false, true, true, {"0", "1", "2", "3"}},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
-    ScopedMiOutput output(c.pooled, c.observed, c.imputed, false);
-    Report r(3);
-    OmMIPooler pooler(&kMeans, nullptr, c.pooled, c.observed, c.imputed, false);
-    pooler.Visit(*r.t);
-    EXPECT_FALSE(pooler.Discard());
-    EXPECT_TRUE(r.t->IsImputed());
-    EXPECT_EQ(r.Imputations(), c.categories);
-    EXPECT_EQ(r.t->Cell({0, 0, 1}) != nullptr, c.imputed);
-    if (!c.pooled) continue;
-    // Categories keep their numbers: the pooled one is the fifth whatever else went.
-    EXPECT_DOUBLE_EQ(NumberAt(*r.t, {0, 0, 4}).Value(), 4.0);  // the mean of imputations 1 to 3
-    EXPECT_DOUBLE_EQ(NumberAt(*r.t, {0, 2, 4}).Value(), 10.0);
-  }
-}
-
-TEST(MIPooler, TableThatNoPatternPoolsIsDiscardedWhenOnlyPooledIsShown) {
-  Report r(2);
-  const OmStringCell other("Graph", true);
-  OmMIPooler pooler(&other, nullptr, true, false, false, false);
-  pooler.Visit(*r.t);
-  EXPECT_TRUE(pooler.Discard());
-  EXPECT_TRUE(r.t->IsImputed());
-  EXPECT_EQ(r.t->Dimension(r.imp).Root().NChildren(), 0u);
-  EXPECT_EQ(r.t->NCells(), 0u);
-}
 
 TEST(MIPooler, NoFlagsDiscardImputedTablesButKeepOtherTablesAndParts) {
   Report imputed(2);
@@ -260,26 +180,6 @@ TEST(MIPooler, NoFlagsDiscardImputedTablesButKeepOtherTablesAndParts) {
   OmTextBlock text(OmStringCell("Notes"), "UTF-8");
   pooler.Visit(text);
   EXPECT_FALSE(pooler.Discard());  // other output parts never go
-}
-
-TEST(MIPooler, PruningPassesOverLaterGroupsOnceSomethingStays) {
-  TableBuilder t("Any");
-  const int d = t->AddDimension(OmStringCell("Imputation Number"));
-  OmDimension& dim = t->Dimension(d);
-  auto group = [&dim](const std::vector<double>& values) {
-    OmDimension::Node g = dim.Child(&dim.Root(), -1, OmStringCell("Group"), true);
-    for (double v : values) dim.Child(g, -1, OmNumDataValue("Imputation_", "", v, mitest::kNoDecimals), false);
-  };
-  group({0.0, 1.0});  // imputation 1 stays
-  group({0.0, 2.0});  // not looked at any more: its original data stays
-  EXPECT_FALSE(OmMIPooler::PruneImputationCategories(dim, &dim.Root(), false, true, false));
-  ASSERT_EQ(dim.Root().NChildren(), 2u);
-  EXPECT_EQ(dim.Root().Child(0)->NChildren(), 1u);
-  EXPECT_EQ(dim.Root().Child(1)->NChildren(), 2u);
-  // Groups stay even when all their categories go.
-  EXPECT_TRUE(OmMIPooler::PruneImputationCategories(dim, &dim.Root(), false, false, false));
-  EXPECT_EQ(dim.Root().NChildren(), 2u);
-  EXPECT_EQ(dim.Root().Child(0)->NChildren(), 0u);
 }
 
 TEST(MIPooler, PoolingPastTheCellLimitMarksTheTitleAndUnscratches) {

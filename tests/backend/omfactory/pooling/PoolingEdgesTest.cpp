@@ -66,21 +66,6 @@ TEST(BootEdges, BoundsTheReplicatesCannotReachCarryTheCoverageNote) {
   }
 }
 
-TEST(BootEdges, BCaGroupsAreCentredAndScaledByTheirWeightSums) {
-  // Two jackknife groups of weight 3 each: group 0 values 1, 2, 6 (mean 3), group 1 values 3
-  // (weight 2) and 7 (mean 13/3). Scaled by N_g - 1 = 2 the influence values are 4, 2, -6, 8/3,
-  // 8/3, -16/3, so a = -0.043837. Expected: R boot 1.3-28, boot.ci(type = "bca") of t = k/10 +
-  // (k %% 7)/100, k = 1 .. 99, t0 = 5.05, L = c(4, 2, -6, 8/3, 8/3, -16/3).
-  std::vector<double> replicates;
-  for (int k = 1; k <= 99; ++k) replicates.push_back(k / 10.0 + (k % 7) / 100.0);
-  const OmBootCalculator::JackknifeList entries = {{1.0, 0}, {1.0, 0}, {1.0, 0}, {2.0, 1}, {1.0, 1}};
-  const std::vector<double> jackknife = {1.0, 2.0, 6.0, 3.0, 7.0}, none;
-  const OmBootCalculator calculator(replicates, none, jackknife, entries, 0, 5, 5.05, kSysMiss);
-  const auto [lower, upper] = calculator.ConfidenceInterval(95.0);
-  EXPECT_NEAR(lower, 0.19472418192337995, 1e-9);
-  EXPECT_NEAR(upper, 9.7156030612378714, 1e-9);
-}
-
 TEST(MIEdges, ListwiseNFootnotesGiveTheNOfEachImputation) {
   // Expected: R mice 3.15, pool.scalar(atanh(r), 1 / (n - 3)) with r = .41, .37, .45 and
   // n = 120, 118, 121: tanh(qbar), and the two-tailed p of qbar / sqrt(t) on the classical df.

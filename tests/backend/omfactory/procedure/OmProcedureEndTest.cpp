@@ -93,128 +93,9 @@ TEST_F(ProcedureEndTest, OnlyNotesActiveDatasetAndEmptyWarningsLeaveNothingToSho
   }
 }
 
-TEST_F(ProcedureEndTest, EmptyWarningsBeforeTheFirstRealObjectIsPruned) {
-  auto proc = Begin();
-  Notes(*proc);
-  EmptyWarnings(*proc);
-  TableWithCells(*proc, "Statistics", "Descriptive Statistics", {"N"});
-  End(*proc);
-  EXPECT_EQ(Outline(proc->Tree()),
-            (std::vector<std::string>{"0:-", "1:Procedure:Descriptives", "2:Table:Notes",
-                                      "2:Table:Statistics"}));
-}
-
-TEST_F(ProcedureEndTest, NothingToShowBuildsNoPooler) {
-  struct Counting : OmProcedurePoolers {
-    std::unique_ptr<OmEndPooler> MakeMIPooler(const OmCellText*, OmOutputTree&, bool, bool, bool,
-                                              bool) const override {
-      ++made;
-      return nullptr;
-    }
-    mutable int made = 0;
-  } poolers;
-  _requests.push_back(Request(AllTypesBut(0), "Kept"));
-  auto proc = Begin();
-  proc->setPoolers(poolers);
-  Notes(*proc);
-  End(*proc);
-  auto excluded = Begin("Descriptives", 2);
-  excluded->setPoolers(poolers);
-  TableWithCells(*excluded, "Dropped", "Other", {"N"});
-  End(*excluded);  // pruning leaves nothing: the procedure goes before pooling
-  EXPECT_EQ(poolers.made, 0);
-  EXPECT_EQ(excluded->Tree().Size(), 1u);
-}
-
 // ---- pruning --------------------------------------------------------------------------------
 
-TEST_F(ProcedureEndTest, HeadingsLeftEmptyByAnExcludedTableArePruned) {
-  _requests.push_back(Request(AllTypesBut(0), "Kept"));
-  auto proc = Begin();
-  proc->Node(Text("Outer"));
-  proc->Node(Text("Inner"));
-  TableWithCells(*proc, "Dropped", "Other", {"N"});
-  proc->EndNode();
-  proc->EndNode();
-  proc->Node(Text("Kept heading"));
-  TableWithCells(*proc, "Shown", "Kept", {"N"});
-  proc->EndNode();
-  End(*proc);
-  EXPECT_EQ(Outline(proc->Tree()),
-            (std::vector<std::string>{"0:-", "1:Procedure:Descriptives", "2:Heading:Kept heading",
-                                      "3:Table:Shown"}));
-}
-
-TEST_F(ProcedureEndTest, ExcludedHeadingWithKeptContentStays) {
-  _requests.push_back(Request(AllTypesBut(OMSObjectSelector::kHeadings)));
-  auto proc = Begin();
-  proc->Node(Text("Group"));
-  TableWithCells(*proc, "Shown", "Any", {"N"});
-  End(*proc);
-  EXPECT_EQ(Outline(proc->Tree()),
-            (std::vector<std::string>{"0:-", "1:Procedure:Descriptives", "2:Heading:Group",
-                                      "3:Table:Shown"}));
-}
-
-TEST_F(ProcedureEndTest, BuildersAreReleased) {
-  auto proc = Begin();
-  TableWithCells(*proc, "One", "S", {"N"});
-  proc->Node(Text("Group"));
-  TableWithCells(*proc, "Two", "S", {"N"});
-  End(*proc);
-  auto tables = PartsOf<OmPivotTable>(proc->Tree());
-  ASSERT_EQ(tables.size(), 2u);
-  for (OmPivotTable* table : tables) EXPECT_EQ(table->Builder(), nullptr);
-}
-
 // ---- translated name, translation and sorting -----------------------------------------------
-
-TEST_F(ProcedureEndTest, NonEmptyTranslatedNameBecomesThePlainLabelOfTheProcedure) {
-  for (const std::string translated : {"Deskriptive Statistik", ""}) {
-    SCOPED_TRACE("translated name \"" + translated + "\"");
-    auto proc = Begin("Descriptives", 1, "de", translated);
-    TableWithCells(*proc, "T", "S", {"N"});
-    End(*proc);
-    auto* label = dynamic_cast<OmStringCell*>(PartsOf<OmProcedure>(proc->Tree()).at(0)->Label());
-    ASSERT_NE(label, nullptr);
-    EXPECT_EQ(translated.empty() ? label->KeyText() : label->Text(),
-              translated.empty() ? "Descriptives" : translated);
-    EXPECT_EQ(label->Translatable(), translated.empty());
-  }
-}
-
-TEST_F(ProcedureEndTest, LabelsAndTablesAreTranslatedIntoTheOutputLanguage) {
-  FacSTDictionary german(ShippedTables() + "/lang/de");
-  ASSERT_TRUE(german.HasTable()) << ShippedTables();
-  OmOutputTreeTranslator translator(&german);
-  OmFactorySelector selector(_requests, &translator.GetCellTextTranslator());
-  OmProcedureFactory proc("Descriptives", "", "de", "UTF-8", "de_DE", selector, translator, 2, 2);
-  proc.setId(1);
-  proc.PrintLine("x", 1);
-  OmPivotFactory* builder = proc.CreateTable(OmStringCell("Notes", true), Text("Notes"),
-                                             OmStringCell("Notes", true), false, false);
-  builder->SetCategory(builder->Dimension(OmStringCell("Pooled", true)), Text("a"));
-  builder->Cell(OmNumber(1.0));
-  End(proc);
-  auto blocks = PartsOf<OmTextBlock>(proc.Tree());
-  ASSERT_EQ(blocks.size(), 1u);
-  EXPECT_EQ(blocks[0]->LabelText(), "Textausgabe");
-  OmPivotTable* table = PartsOf<OmPivotTable>(proc.Tree()).at(0);
-  EXPECT_EQ(table->LabelText(), "Anmerkungen");
-  EXPECT_EQ(table->Dimension(0).Label()->Text(), "Zusammengefasst");
-}
-
-TEST_F(ProcedureEndTest, MarkedDimensionIsSorted) {
-  auto proc = Begin();
-  OmPivotFactory* builder = TableWithCells(*proc, "T", "S", {"b", "c", "a"});
-  builder->Dimension(Text("Statistics"));
-  builder->MarkSortDimension(0);
-  End(*proc);
-  std::vector<std::string> order;
-  OmPivotTable* table = PartsOf<OmPivotTable>(proc->Tree()).at(0);
-  for (const auto* leaf : table->Dimension(0).Leaves()) order.push_back(leaf->Label()->Text());
-  EXPECT_EQ(order, (std::vector<std::string>{"a", "b", "c"}));
-}
 
 // ---- poolers and selection at the end -------------------------------------------------------
 
@@ -263,43 +144,6 @@ private:
   };
 };
 
-TEST_F(ProcedureEndTest, EveryPartMeetsTheBootstrapPoolerBeforeTheImputationPooler) {
-  RecordingPoolers poolers;
-  auto proc = Begin();
-  proc->setPoolers(poolers);
-  proc->Node(Text("Group"));
-  TableWithCells(*proc, "T", "S", {"N"});
-  End(*proc, BootstrapSpecs());
-  EXPECT_EQ(poolers.log,
-            (std::vector<std::string>{"boot:Descriptives", "mi:Descriptives", "boot:Group",
-                                      "mi:Group", "boot:T", "mi:T"}));
-  EXPECT_EQ(poolers.procedureName, PartsOf<OmProcedure>(proc->Tree()).at(0)->Label());
-  EXPECT_EQ(poolers.tree, &proc->Tree());
-}
-
-TEST_F(ProcedureEndTest, WithoutSpecificationsNoBootstrapPoolerIsBuilt) {
-  RecordingPoolers poolers;
-  auto proc = Begin();
-  proc->setPoolers(poolers);
-  TableWithCells(*proc, "T", "S", {"N"});
-  End(*proc);
-  EXPECT_EQ(poolers.bootMade, 0);
-  EXPECT_EQ(poolers.miMade, 1);
-  EXPECT_EQ(poolers.log, (std::vector<std::string>{"mi:Descriptives", "mi:T"}));
-}
-
-TEST_F(ProcedureEndTest, PartDiscardedByTheImputationPoolerLeavesTheTree) {
-  RecordingPoolers poolers;
-  poolers.miDiscards = {"Imputed only"};
-  auto proc = Begin();
-  proc->setPoolers(poolers);
-  TableWithCells(*proc, "Imputed only", "S", {"N"});
-  TableWithCells(*proc, "Pooled", "S", {"N"});
-  End(*proc, BootstrapSpecs());
-  EXPECT_EQ(Outline(proc->Tree()),
-            (std::vector<std::string>{"0:-", "1:Procedure:Descriptives", "2:Table:Pooled"}));
-}
-
 // Requests that keep the first table of a procedure and every object that is not a table.
 class FirstTableTest : public ProcedureTest {
 protected:
@@ -323,27 +167,6 @@ TEST_F(FirstTableTest, BootstrappedTablesAreCountedAsInstancesOnlyAfterImputatio
   // "First" went with the pooler, so "Second" is instance 1 and "Third" instance 2.
   EXPECT_EQ(Outline(proc->Tree()),
             (std::vector<std::string>{"0:-", "1:Procedure:Descriptives", "2:Table:Second"}));
-}
-
-TEST_F(FirstTableTest, WithoutSpecificationsTheSelectorIsNotAppliedAtTheEnd) {
-  FirstTableOnly();
-  auto proc = Begin();
-  proc->SetBootstrapped(true);
-  TableWithCells(*proc, "First", "S", {"N"});
-  TableWithCells(*proc, "Second", "S", {"N"});
-  End(*proc);
-  EXPECT_EQ(PartsOf<OmPivotTable>(proc->Tree()).size(), 2u);
-}
-
-TEST_F(ProcedureEndTest, WithSpecificationsAnUnselectedTableIsRemoved) {
-  _requests.push_back(Request(AllTypesBut(0), "Kept"));
-  auto proc = Begin();
-  proc->SetBootstrapped(true);
-  TableWithCells(*proc, "Shown", "Kept", {"N"});
-  TableWithCells(*proc, "Dropped", "Other", {"N"});
-  End(*proc, BootstrapSpecs());
-  EXPECT_EQ(Outline(proc->Tree()),
-            (std::vector<std::string>{"0:-", "1:Procedure:Descriptives", "2:Table:Shown"}));
 }
 
 TEST_F(ProcedureEndTest, MalformedSpecificationsFailTheEnd) {

@@ -39,19 +39,6 @@ void Chart(OmProcedureFactory& proc, int type, const std::string& data, int subt
 
 // ---- charts ---------------------------------------------------------------------------------
 
-TEST_F(ProcedureObjectsTest, ChartAndInteractiveObjectOfProcedureTwoGetIds2097152And2097153) {
-  auto proc = Begin("Graph", 2);
-  Chart(*proc, 0, "Bar of count");
-  proc->InteractiveJSONMessage(1, 0, "Map", 3);
-  Chart(*proc, 0, "Second chart");
-  // Ids count from 2 * 2^20 through one counter for both kinds.
-  auto charts = PartsOf<OmChart>(proc->Tree());
-  ASSERT_EQ(charts.size(), 2u);
-  EXPECT_EQ(charts[0]->Id(), 2097152);
-  EXPECT_EQ(PartsOf<OmInteractive>(proc->Tree()).at(0)->Id(), 2097153);
-  EXPECT_EQ(charts[1]->Id(), 2097154);
-}
-
 TEST_F(ProcedureObjectsTest, ChartIsCreatedUnderTheCurrentHeadingWithAPlainLabel) {
   auto proc = Begin("Graph");
   proc->Node(Text("Charts"));
@@ -60,19 +47,6 @@ TEST_F(ProcedureObjectsTest, ChartIsCreatedUnderTheCurrentHeadingWithAPlainLabel
   OmChart* chart = PartsOf<OmChart>(proc->Tree()).at(0);
   EXPECT_FALSE(dynamic_cast<OmStringCell&>(*chart->Label()).Translatable());
   EXPECT_EQ(chart->CodePage(), "UTF-8");
-}
-
-TEST_F(ProcedureObjectsTest, SecondChartAtTheSameIndexTakesLaterContent) {
-  auto proc = Begin("Graph");
-  Chart(*proc, 0, "First");
-  Chart(*proc, 1, "<a/>");
-  Chart(*proc, 0, "Second");
-  Chart(*proc, 1, "<b/>");
-  auto charts = PartsOf<OmChart>(proc->Tree());
-  ASSERT_EQ(charts.size(), 2u);
-  EXPECT_EQ(*charts[0]->Contents().Find("addChartXML"), "<a/>");
-  EXPECT_EQ(*charts[1]->Contents().Find("addChartXML"), "<b/>");
-  EXPECT_EQ(charts[0]->Contents().Items().size(), 1u);
 }
 
 struct ChartContentCase {
@@ -106,54 +80,6 @@ INSTANTIATE_TEST_SUITE_P(
         // Types that carry nothing for a chart.
         ChartContentCase{5, {}}, ChartContentCase{16, {}}, ChartContentCase{17, {}},
         ChartContentCase{18, {}}, ChartContentCase{20, {}}, ChartContentCase{-1, {}}));
-
-TEST_F(ProcedureObjectsTest, ChartContentCarriesTheMessagesBytesLengthsAndSubtype) {
-  auto proc = Begin("Graph");
-  Chart(*proc, 0, "Chart");
-  const std::string withNul("a\0b", 3);
-  proc->ChartXmlMessage(1, 8, 0, withNul.data(), 3);
-  Chart(*proc, 2, "12345");
-  Chart(*proc, 7, "<style/>", -3);
-  Chart(*proc, 19, "opt=1");
-  const OmContentList& contents = PartsOf<OmChart>(proc->Tree()).at(0)->Contents();
-  EXPECT_EQ(*contents.Find("addDataXML"), withNul);
-  EXPECT_EQ(*contents.Find("setChartXMLLength"), "5");
-  EXPECT_EQ(*contents.Find("addStyleXML"), "<style/>");
-  EXPECT_EQ(*contents.Find("setStyleSubtype"), "-3");
-  EXPECT_EQ(*contents.Find("setOptions"), "opt=1");
-}
-
-TEST_F(ProcedureObjectsTest, AuxiliaryDataReturnsTheChartAndStopsAtTheMessagesLength) {
-  auto proc = Begin("Graph");
-  EXPECT_EQ(proc->ChartXmlMessage(1, 3, 0, "aux", 3), nullptr);  // no chart yet
-  Chart(*proc, 0, "Chart");
-  const char bytes[] = {'a', 'u', 'x', 'X', 'Y'};  // no terminator after the three bytes sent
-  OmChart* chart = proc->ChartXmlMessage(1, 3, 0, bytes, 3);
-  ASSERT_EQ(chart, PartsOf<OmChart>(proc->Tree()).at(0));
-  EXPECT_EQ(*chart->Contents().Find("setAuxiliaryData"), "aux");
-  EXPECT_EQ(proc->ChartXmlMessage(1, 1, 0, "x", 1), nullptr);  // other types return null
-}
-
-TEST_F(ProcedureObjectsTest, ExcludedChartStoresNoContentButItsLabelsFurtherText) {
-  _requests.push_back(Request(AllTypesBut(OMSObjectSelector::kCharts)));
-  auto proc = Begin("Graph");
-  Chart(*proc, 0, "Chart");
-  Chart(*proc, 1, "<xml/>");
-  Chart(*proc, 9, "Footnote text");
-  OmChart* returned = proc->ChartXmlMessage(1, 3, 0, "aux", 3);
-  OmChart* chart = PartsOf<OmChart>(proc->Tree()).at(0);
-  EXPECT_EQ(chart->_keep, 0);
-  EXPECT_TRUE(chart->Contents().Items().empty());
-  EXPECT_EQ(FurtherText(*chart), "Footnote text");
-  EXPECT_EQ(returned, chart);
-}
-
-TEST_F(ProcedureObjectsTest, ContentForAnIndexWithoutAChartIsIgnored) {
-  auto proc = Begin("Graph");
-  proc->ChartXmlMessage(4, 1, 0, "<xml/>", 6);
-  proc->ChartXmlMessage(4, 9, 0, "further", 7);
-  EXPECT_EQ(proc->Tree().Size(), 2u);
-}
 
 TEST_F(ProcedureObjectsTest, ObjectIndexOutsideTheProceduresIdBlockIsRefused) {
   auto proc = Begin("Graph");
@@ -216,29 +142,6 @@ TEST_F(ProcedureObjectsTest, TreeTypesReachTheTreesOperationsInOrder) {
   EXPECT_EQ(*tree->Contents().Find("setTreeFlags"), "7");
   EXPECT_EQ(*tree->Contents().Find("addNodeXML:4"), "<node/>");
   EXPECT_TRUE(tree->IsFinished());
-}
-
-TEST_F(ProcedureObjectsTest, TreeLabelIsTranslatableAndConvertedToTheSessionsCodePage) {
-  CodePage::SetCurrent("windows-1252");
-  auto proc = Begin("Tree");
-  const std::string label = "Gr\xC3\xB6\xC3\x9F" "e";  // "Größe" in UTF-8
-  proc->TreeXmlMessage(0, 1, label.data(), unsigned(label.size()), 0);
-  CodePage::SetCurrent("UTF-8");
-  OmAnswerTree* tree = PartsOf<OmAnswerTree>(proc->Tree()).at(0);
-  EXPECT_TRUE(dynamic_cast<OmStringCell&>(*tree->Label()).Translatable());
-  EXPECT_EQ(tree->LabelText(), "Gr\xF6\xDF" "e");
-}
-
-TEST_F(ProcedureObjectsTest, ExcludedTreeGetsNoContent) {
-  _requests.push_back(Request(AllTypesBut(OMSObjectSelector::kTrees)));
-  auto proc = Begin("Tree");
-  proc->TreeXmlMessage(0, 1, "T", 1, 0);
-  proc->TreeXmlMessage(0, 2, "<tree/>", 7, 0);
-  proc->TreeXmlMessage(0, 6, nullptr, 0, 0);
-  OmAnswerTree* tree = PartsOf<OmAnswerTree>(proc->Tree()).at(0);
-  EXPECT_EQ(tree->_keep, 0);
-  EXPECT_TRUE(tree->Contents().Items().empty());
-  EXPECT_FALSE(tree->IsFinished());
 }
 
 // ---- models ---------------------------------------------------------------------------------
@@ -305,25 +208,6 @@ TEST_F(ProcedureObjectsTest, ModelMessageOverThreeCallsCreatesItsModelsOnTheThir
   EXPECT_EQ(Received(models[1]->Contents()),
             (std::vector<std::string>{"addViewerXML", "addAuxiliaryXML"}));
   EXPECT_FALSE(dynamic_cast<OmStringCell&>(*models[1]->Label()).Translatable());
-}
-
-TEST_F(ProcedureObjectsTest, ModelContentIsStoredEvenWhenOmsExcludesTheModel) {
-  _requests.push_back(Request(AllTypesBut(OMSObjectSelector::kModels)));
-  auto proc = Begin("Regression");
-  ModelBody body;
-  body.Item(1, "<before any model/>").Item(0, "Model").Item(1, "<PMML/>").Item(9, "unknown");
-  SendModel(*proc, body.Parts(1, 1)[0]);
-  auto models = PartsOf<OmModel>(proc->Tree());
-  ASSERT_EQ(models.size(), 1u);
-  EXPECT_EQ(models[0]->_keep, 0);
-  EXPECT_EQ(Received(models[0]->Contents()), std::vector<std::string>{"addPMML"});
-}
-
-TEST_F(ProcedureObjectsTest, NextModelMessageStartsAfreshAfterACompleteOne) {
-  auto proc = Begin("Regression");
-  SendModel(*proc, ModelBody().Item(0, "First").Parts(1, 1)[0]);
-  SendModel(*proc, ModelBody().Item(0, "Second").Parts(2, 1)[0]);
-  EXPECT_EQ(PartsOf<OmModel>(proc->Tree()).size(), 2u);
 }
 
 }  // namespace

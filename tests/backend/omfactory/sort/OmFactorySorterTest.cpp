@@ -66,23 +66,6 @@ protected:
   Node _south = nullptr;
 };
 
-TEST_F(SorterTest, TableWithoutMarksIsUnchanged) {
-  _north->setSortMark(7);  // neither ascending nor descending
-  Sort();
-  EXPECT_EQ(Labels(_dim->Root()), (Strings{"North", "Zurich", "Bern", "South"}));
-  EXPECT_EQ(Labels(*_north), (Strings{"Oslo", "Bergen", "Alta"}));
-  EXPECT_EQ(Labels(*_south), (Strings{"Rome", "Milan"}));
-}
-
-TEST_F(SorterTest, GroupMarkedAscendingInsideUnmarkedDimensionSortsOnlyItsMembers) {
-  _north->setSortMark(0);
-  Sort();
-  EXPECT_EQ(Labels(*_north), (Strings{"Alta", "Bergen", "Oslo"}));
-  EXPECT_EQ(Labels(_dim->Root()), (Strings{"North", "Zurich", "Bern", "South"}));
-  EXPECT_EQ(Labels(*_south), (Strings{"Rome", "Milan"}));
-  ExpectCellsFollowCategories();
-}
-
 TEST_F(SorterTest, DimensionMarkedDescendingSortsItsTopLevelOnly) {
   _dim->Root().setSortMark(1);
   Sort();
@@ -91,87 +74,6 @@ TEST_F(SorterTest, DimensionMarkedDescendingSortsItsTopLevelOnly) {
   EXPECT_EQ(Labels(*_dim->Root().Child(1)), (Strings{"Rome", "Milan"}));
   EXPECT_EQ(Labels(*_dim->Root().Child(2)), (Strings{"Oslo", "Bergen", "Alta"}));
   ExpectCellsFollowCategories();
-}
-
-TEST_F(SorterTest, EachGroupIsSortedByItsOwnMark) {
-  _dim->Root().setSortMark(0);
-  _north->setSortMark(1);
-  _south->setSortMark(0);
-  Sort();
-  EXPECT_EQ(Labels(_dim->Root()), (Strings{"Bern", "North", "South", "Zurich"}));
-  EXPECT_EQ(Labels(*_dim->Root().Child(1)), (Strings{"Oslo", "Bergen", "Alta"}));
-  EXPECT_EQ(Labels(*_dim->Root().Child(2)), (Strings{"Milan", "Rome"}));
-  ExpectCellsFollowCategories();
-}
-
-TEST_F(SorterTest, MovedNodesPointToTheirParents) {
-  _dim->Root().setSortMark(1);
-  _north->setSortMark(0);
-  Sort();
-  for (const auto& child : _dim->Root().Children()) {
-    EXPECT_EQ(child->Parent(), &_dim->Root());
-    for (const auto& grandchild : child->Children()) EXPECT_EQ(grandchild->Parent(), child.get());
-  }
-}
-
-TEST(Sorter, SortedCategoriesAreFoundAtTheirNewPositions) {
-  // Enough categories for the node's hashed look-up, which is built before the sort.
-  OmPivotTable table(Text("Table"), Text("Many"));
-  OmDimension& dim = table.Dimension(table.AddDimension(Text("D")));
-  for (int i = 0; i < 30; ++i) {
-    dim.Child(&dim.Root(), -1, Text("c" + std::to_string(100 + i)), false);
-  }
-  ASSERT_EQ(dim.FindChild(&dim.Root(), Text("c100"), false), 0);
-  dim.Root().setSortMark(1);
-
-  OmFactorySorter sorter;
-  table.Accept(sorter);
-  EXPECT_EQ(dim.FindChild(&dim.Root(), Text("c100"), false), 29);
-  EXPECT_EQ(dim.FindChild(&dim.Root(), Text("c129"), false), 0);
-}
-
-TEST(Sorter, GroupsWithOneMemberOrNoneAreLeftAsTheyAre) {
-  OmPivotTable table(Text("Table"), Text("Small"));
-  OmDimension& dim = table.Dimension(table.AddDimension(Text("D")));
-  Node single = dim.Child(&dim.Root(), -1, Text("Single"), true);
-  dim.Child(single, -1, Text("Only"), false);
-  Node empty = dim.Child(&dim.Root(), -1, Text("Empty"), true);
-  single->setSortMark(0);
-  empty->setSortMark(1);
-
-  OmFactorySorter sorter;
-  table.Accept(sorter);
-  EXPECT_EQ(Labels(dim.Root()), (Strings{"Single", "Empty"}));
-  EXPECT_EQ(Labels(*dim.Root().Child(0)), (Strings{"Only"}));
-  EXPECT_EQ(dim.Root().Child(1)->NChildren(), 0u);
-}
-
-TEST(Sorter, NumericCategoriesSortByValue) {
-  OmPivotTable table(Text("Table"), Text("Counts"));
-  OmDimension& dim = table.Dimension(table.AddDimension(Text("N")));
-  for (double v : {10.0, 9.0, 100.0, -1.0}) dim.Child(&dim.Root(), -1, OmNumber(v), false);
-  dim.Root().setSortMark(0);
-
-  OmFactorySorter sorter;
-  table.Accept(sorter);
-  std::vector<double> order;
-  for (const auto& child : dim.Root().Children()) {
-    order.push_back(static_cast<const OmNumber&>(*child->Label()).Value());
-  }
-  EXPECT_EQ(order, (std::vector<double>{-1.0, 9.0, 10.0, 100.0}));
-}
-
-TEST(Sorter, EveryDimensionOfATableIsSorted) {
-  OmPivotTable table(Text("Table"), Text("Two"));
-  for (const char* name : {"First", "Second"}) {
-    OmDimension& dim = table.Dimension(table.AddDimension(Text(name)));
-    for (const char* c : {"b", "c", "a"}) dim.Child(&dim.Root(), -1, Text(c), false);
-    dim.Root().setSortMark(1);
-  }
-  OmFactorySorter sorter;
-  table.Accept(sorter);
-  EXPECT_EQ(Labels(table.Dimension(0).Root()), (Strings{"c", "b", "a"}));
-  EXPECT_EQ(Labels(table.Dimension(1).Root()), (Strings{"c", "b", "a"}));
 }
 
 }  // namespace
