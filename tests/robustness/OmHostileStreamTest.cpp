@@ -6,15 +6,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
-#include <map>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "fuzz/OmSampleStreams.h"
 #include "fuzz/OmSessionProbe.h"
-#include "platform/errors/OMSException.h"
 #include "platform/stream/MessageCodes.h"
 #include "platform/stream/OmStreamWriter.h"
 

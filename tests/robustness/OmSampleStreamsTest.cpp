@@ -8,12 +8,7 @@
 #include "fuzz/OmSampleStreams.h"
 #include "fuzz/OmSessionProbe.h"
 #include "platform/errors/OMSException.h"
-#include "platform/outputmodel/OmPivotTable.h"
-#include "platform/outputmodel/OmStringCell.h"
-#include "platform/outputmodel/OmStringCellUTF8.h"
-#include "platform/outputmodel/OmTextBlock.h"
 #include "platform/stream/MessageCodes.h"
-#include "platform/stream/OmStreamReader.h"
 
 namespace {
 

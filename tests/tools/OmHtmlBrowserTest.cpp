@@ -3,7 +3,6 @@
 // pivot tables' spanning headers, footnotes and the outline. Skipped where Chromium is absent.
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>

@@ -6,13 +6,9 @@
 #include <string>
 
 #include "platform/outputmodel/OmFootnote.h"
-#include "platform/outputmodel/OmHeading.h"
 #include "platform/outputmodel/OmNumber.h"
-#include "platform/outputmodel/OmOutputTree.h"
 #include "platform/outputmodel/OmPivotTable.h"
-#include "platform/outputmodel/OmProcedure.h"
 #include "platform/outputmodel/OmStringCell.h"
-#include "platform/outputmodel/OmTextBlock.h"
 
 namespace {
 

@@ -1,14 +1,10 @@
 // Cell messages: numbers and their formats, strings with chunking, long strings, variables, data
 // values, composites, copying and discarding, and the byte-order switches, from senders of both
 // byte orders.
-#include <cstring>
 #include <typeinfo>
 
 #include "SessionFixture.h"
-#include "backend/omfactory/OmPayload.h"
 #include "platform/outputmodel/OmComposite.h"
-#include "platform/outputmodel/OmNumDataValue.h"
-#include "platform/outputmodel/OmNumber.h"
 #include "platform/outputmodel/OmStringCell.h"
 #include "platform/outputmodel/OmStringCellUTF8.h"
 #include "platform/outputmodel/OmStringDataValue.h"

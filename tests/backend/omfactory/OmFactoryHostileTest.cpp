@@ -6,7 +6,6 @@
 #include <typeinfo>
 
 #include "SessionFixture.h"
-#include "backend/omfactory/OmCellSlots.h"
 #include "backend/omfactory/OmStringAssembler.h"
 #include "platform/errors/OMSException.h"
 #include "platform/stream/MessageCodes.h"

@@ -2,15 +2,11 @@
 // Missing", log blocks and page titles, output settings and the language table, ignored codes.
 #include "SessionFixture.h"
 #include "platform/errors/OMSException.h"
-#include "platform/messages/MessageParts.h"
-#include "platform/outputmodel/OmPageTitle.h"
 #include "platform/outputmodel/OmProcedure.h"
-#include "platform/outputmodel/OmStringCell.h"
 #include "platform/settings/iocvset.h"
 #include "platform/strings/CodePage.h"
 #include "platform/strings/NuvaroMB.h"
 #include "platform/stringtables/ExtNameStr.h"
-#include "platform/stringtables/PathFactory.h"
 
 namespace sessiontest {
 namespace {

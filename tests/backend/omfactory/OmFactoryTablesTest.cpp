@@ -1,14 +1,8 @@
 // Table messages: tables built cell by cell through their TCIDs, dimension placement, keep flags,
 // the fast-table viewer rule, table properties, annotations and the failures that end in recovery.
 #include "SessionFixture.h"
-#include "backend/omsopmgr/OMSSelector.h"
 #include "platform/errors/ThrowError.h"
-#include "platform/outputmodel/OmHeading.h"
-#include "platform/outputmodel/OmNumber.h"
-#include "platform/outputmodel/OmProcedure.h"
 #include "platform/outputmodel/OmStringCell.h"
-#include "platform/outputmodel/OmVariable.h"
-#include "platform/settings/BackendSettings.h"
 
 namespace sessiontest {
 namespace {

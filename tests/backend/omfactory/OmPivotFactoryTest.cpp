@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <functional>
 #include <iostream>
 #include <memory>
@@ -13,10 +12,8 @@
 
 #include "platform/errors/OMSException.h"
 #include "platform/errors/ThrowError.h"
-#include "platform/outputmodel/OmDimension.h"
 #include "platform/outputmodel/OmDimensionNode.h"
 #include "platform/outputmodel/OmFootnote.h"
-#include "platform/outputmodel/OmNumber.h"
 #include "platform/outputmodel/OmPivotTable.h"
 #include "platform/outputmodel/OmStringCell.h"
 

@@ -15,9 +15,9 @@
 #include "backend/omfactory/procedure/OmProcedureFactory.h"
 #include "backend/omsopmgr/OMSObjectSelector.h"
 #include "platform/outputmodel/OmOutputTree.h"
-#include "platform/outputmodel/OmPivotTable.h"
 #include "platform/outputmodel/OmProcedure.h"
 #include "platform/outputmodel/OmTextBlock.h"
+#include "platform/outputmodel/OmPivotTable.h"
 #include "platform/stream/OmStreamWriter.h"
 
 namespace sessiontest {

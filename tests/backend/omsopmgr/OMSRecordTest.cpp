@@ -9,7 +9,6 @@
 #include "backend/omsopmgr/OMSColumns.h"
 #include "backend/omsopmgr/OMSObjectSelector.h"
 #include "backend/omsopmgr/OMSSelector.h"
-#include "platform/errors/OMSException.h"
 
 namespace {
 

@@ -11,7 +11,6 @@
 #include "platform/errors/OMSException.h"
 #include "platform/outputmodel/OmAnswerTree.h"
 #include "platform/outputmodel/OmChart.h"
-#include "platform/outputmodel/OmComposite.h"
 #include "platform/outputmodel/OmHeading.h"
 #include "platform/outputmodel/OmInteractive.h"
 #include "platform/outputmodel/OmModel.h"

@@ -1,12 +1,9 @@
 #include "platform/bootspecs/SvrBootstrapSpecsSerializer.h"
 
-#include <limits>
-#include <string>
 
 #include <gtest/gtest.h>
 
 #include "platform/bootspecs/SvrBootstrapSpecs.h"
-#include "platform/errors/OMSException.h"
 
 namespace {
 

@@ -1,15 +1,11 @@
 #include "platform/bootstats/MCBSBCaCI.h"
 
-#include <algorithm>
-#include <cmath>
 #include <limits>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "platform/bootstats/MCBSCommon.h"
-#include "platform/bootstats/MCBSPercentileCI.h"
-#include "tests/platform/bootstats/BootReferenceData.h"
 
 namespace {
 constexpr double kMissing = MCBSCommon::SystemMissing;

@@ -1,14 +1,10 @@
 #include "platform/bootstats/MCBSPercentileCI.h"
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "platform/bootstats/MCBSCommon.h"
-#include "tests/platform/bootstats/BootReferenceData.h"
 
 namespace {
 constexpr double kMissing = MCBSCommon::SystemMissing;

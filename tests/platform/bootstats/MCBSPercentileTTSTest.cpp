@@ -1,7 +1,5 @@
 #include "platform/bootstats/MCBSPercentileTTS.h"
 
-#include <limits>
-#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>

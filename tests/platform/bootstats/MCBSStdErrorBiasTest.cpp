@@ -1,14 +1,10 @@
 #include "platform/bootstats/MCBSStdErrorBias.h"
 
-#include <cmath>
-#include <limits>
-#include <optional>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "platform/bootstats/MCBSCommon.h"
-#include "tests/platform/bootstats/BootReferenceData.h"
 
 namespace {
 constexpr double kMissing = MCBSCommon::SystemMissing;

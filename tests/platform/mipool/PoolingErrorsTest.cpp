@@ -1,5 +1,3 @@
-#include <set>
-#include <string>
 
 #include <gtest/gtest.h>
 

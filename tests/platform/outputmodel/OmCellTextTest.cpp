@@ -1,8 +1,6 @@
-#include <cmath>
 
 #include <gtest/gtest.h>
 
-#include "platform/outputmodel/OmMemoryRegion.h"
 #include "platform/outputmodel/OmNumDataValue.h"
 #include "platform/outputmodel/OmNumber.h"
 #include "platform/outputmodel/OmStringCell.h"

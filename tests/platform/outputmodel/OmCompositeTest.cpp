@@ -4,9 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/outputmodel/OmNumber.h"
 #include "platform/outputmodel/OmStringCell.h"
-#include "platform/outputmodel/OmVariable.h"
 
 namespace {
 

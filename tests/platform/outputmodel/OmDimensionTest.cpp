@@ -1,19 +1,14 @@
 #include "platform/outputmodel/OmDimension.h"
 
-#include <algorithm>
 
 #include <gtest/gtest.h>
 
-#include "platform/errors/OMSException.h"
 
 #include "platform/outputmodel/OmNumDataValue.h"
 #include "platform/outputmodel/OmNumber.h"
-#include "platform/outputmodel/OmPivotTable.h"
 #include "platform/outputmodel/OmStringCell.h"
 #include "platform/outputmodel/OmStringCellUTF8.h"
 #include "platform/outputmodel/OmVariable.h"
-#include "platform/strings/CodePage.h"
-#include "platform/strings/icuTracker.h"
 
 namespace {
 

@@ -1,6 +1,5 @@
 #include "platform/outputmodel/OmNumberFormat.h"
 
-#include <cmath>
 
 #include <gtest/gtest.h>
 

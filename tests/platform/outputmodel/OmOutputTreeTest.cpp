@@ -7,7 +7,6 @@
 #include "platform/outputmodel/Amputate.h"
 #include "platform/outputmodel/OmChart.h"
 #include "platform/outputmodel/OmHeading.h"
-#include "platform/outputmodel/OmPageTitle.h"
 #include "platform/outputmodel/OmPivotTable.h"
 #include "platform/outputmodel/OmProcedure.h"
 #include "platform/outputmodel/OmStringCell.h"

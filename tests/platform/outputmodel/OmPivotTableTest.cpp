@@ -1,8 +1,5 @@
 #include "platform/outputmodel/OmPivotTable.h"
 
-#include <map>
-#include <random>
-#include <set>
 
 #include <gtest/gtest.h>
 

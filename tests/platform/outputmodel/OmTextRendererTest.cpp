@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/outputmodel/OmComposite.h"
 #include "platform/outputmodel/OmHeading.h"
 #include "platform/outputmodel/OmNumber.h"
 #include "platform/outputmodel/OmPageTitle.h"

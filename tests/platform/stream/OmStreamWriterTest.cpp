@@ -1,14 +1,10 @@
 #include "platform/stream/OmStreamWriter.h"
 
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
-#include "platform/bootspecs/SvrBootstrapSpecs.h"
-#include "platform/bootspecs/SvrBootstrapSpecsSerializer.h"
 #include "platform/errors/OMSException.h"
-#include "platform/messages/MessageHandler.h"
 #include "platform/stream/MessageCodes.h"
 #include "tests/platform/stream/MessageLayouts.h"
 #include "tests/platform/stream/PayloadFields.h"

@@ -1,9 +1,9 @@
 #include "platform/strings/icuTracker.h"
 
 #include <gtest/gtest.h>
-
 #include "platform/errors/OMSException.h"
 #include "platform/strings/CodePage.h"
+
 
 TEST(icuTracker, UnicodeSessionsUseUtf8OthersTheCodeSetOrTheLanguagesCodePage) {
   EXPECT_TRUE(icuTracker(true, "de_DE").GetCodePage().IsUtf8());

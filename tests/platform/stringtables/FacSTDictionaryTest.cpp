@@ -2,12 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 
-#include "platform/errors/OMSException.h"
 #include "platform/stringtables/PathFactory.h"
-#include "platform/stringtables/StringTable.h"
 #include "tests/platform/stringtables/TempTables.h"
 
 namespace {

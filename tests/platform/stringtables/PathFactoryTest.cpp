@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
 
-#include "platform/errors/OMSException.h"
 #include "platform/stringtables/FacSTDictionary.h"
 #include "tests/platform/stringtables/TempTables.h"
 

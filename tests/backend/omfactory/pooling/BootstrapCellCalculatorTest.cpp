@@ -2,9 +2,7 @@
 // formats it writes, the replicates the collector gathers and what the calculator makes of them.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <memory>
-#include <numeric>
 #include <vector>
 
 #include "BootTables.h"

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "MITableBuilder.h"
-#include "platform/errors/OMSException.h"
 
 using mitest::NumberAt;
 using mitest::TableBuilder;

@@ -13,7 +13,6 @@
 #include "platform/mipool/MPFactory.h"
 #include "platform/mipool/MPParamContainer.h"
 #include "platform/mipool/MiOutputSettings.h"
-#include "platform/outputmodel/OmComposite.h"
 #include "platform/outputmodel/OmNumDataValue.h"
 #include "platform/outputmodel/OmNumber.h"
 #include "platform/outputmodel/OmPivotTable.h"

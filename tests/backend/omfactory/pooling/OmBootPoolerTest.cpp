@@ -3,7 +3,6 @@
 // original sample with split footnotes taken off its labels.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <memory>
 #include <string>
 #include <vector>

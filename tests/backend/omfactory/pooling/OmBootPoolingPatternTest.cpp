@@ -12,7 +12,6 @@
 #include "backend/omfactory/pooling/BootPoolingPatterns.h"
 #include "backend/omfactory/pooling/OmBootPattern.h"
 #include "backend/omfactory/pooling/OmBootPoolingPattern1.h"
-#include "backend/omfactory/pooling/OmBootPoolingPattern2.h"
 #include "backend/omfactory/pooling/OmBootPoolingPattern3.h"
 #include "platform/outputmodel/OmHeading.h"
 #include "platform/outputmodel/OmOutputTree.h"

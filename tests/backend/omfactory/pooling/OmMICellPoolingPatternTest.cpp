@@ -2,14 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <string>
 #include <vector>
 
 #include "MITableBuilder.h"
 #include "backend/omfactory/pooling/OmMICellPoolingPattern0.h"
 #include "backend/omfactory/pooling/OmMICellPoolingPattern2.h"
-#include "platform/outputmodel/OmNumber.h"
 
 using mitest::kNoDecimals;
 using mitest::kSysMiss;

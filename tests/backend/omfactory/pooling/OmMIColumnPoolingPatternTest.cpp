@@ -9,7 +9,6 @@
 #include "MITableBuilder.h"
 #include "platform/mipool/PoolingErrors.h"
 #include "platform/outputmodel/OmComposite.h"
-#include "platform/outputmodel/OmFootnote.h"
 #include "platform/outputmodel/OmNumber.h"
 
 using mitest::NotesAt;

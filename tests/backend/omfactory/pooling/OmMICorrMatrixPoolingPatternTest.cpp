@@ -8,7 +8,6 @@
 
 #include "MITableBuilder.h"
 #include "platform/outputmodel/OmFootnote.h"
-#include "platform/outputmodel/OmNumber.h"
 
 using mitest::NotesAt;
 using mitest::NumberAt;

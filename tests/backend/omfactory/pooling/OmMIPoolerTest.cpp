@@ -8,14 +8,7 @@
 
 #include "MITableBuilder.h"
 #include "backend/omfactory/pooling/MIPoolingPatterns.h"
-#include "backend/omfactory/pooling/OmMICellPoolingPattern.h"
-#include "backend/omfactory/pooling/OmMICellPoolingPattern0.h"
-#include "backend/omfactory/pooling/OmMICellPoolingPattern2.h"
-#include "backend/omfactory/pooling/OmMIColumnPoolingPattern.h"
-#include "backend/omfactory/pooling/OmMICorrMatrixPoolingPattern.h"
 #include "backend/omfactory/pooling/OmMIPattern.h"
-#include "platform/outputmodel/OmNumDataValue.h"
-#include "platform/outputmodel/OmNumber.h"
 #include "platform/outputmodel/OmTextBlock.h"
 
 using mitest::NotesOf;

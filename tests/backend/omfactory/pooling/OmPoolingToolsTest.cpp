@@ -2,20 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <iterator>
-#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "MITableBuilder.h"
-#include "platform/mipool/PoolingErrors.h"
-#include "platform/outputmodel/OmComposite.h"
-#include "platform/outputmodel/OmNumDataValue.h"
-#include "platform/outputmodel/OmNumber.h"
 #include "platform/outputmodel/OmStringCell.h"
-#include "platform/outputmodel/OmVariable.h"
 
 using mitest::TableBuilder;
 using T = OmPoolingTools;

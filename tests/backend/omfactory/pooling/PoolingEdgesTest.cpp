@@ -3,14 +3,12 @@
 // without N cells takes each imputation's N from its listwise-N footnote.
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "BootTables.h"
 #include "backend/omfactory/pooling/BootstrapCellCalculator.h"
-#include "backend/omfactory/pooling/OmBootCalculator.h"
 #include "backend/omfactory/pooling/OmMICorrMatrixPoolingPattern.h"
 #include "platform/outputmodel/OmComposite.h"
 #include "platform/outputmodel/OmFootnote.h"

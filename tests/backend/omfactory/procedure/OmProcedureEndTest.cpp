@@ -12,7 +12,6 @@
 
 #include "backend/omfactory/procedure/OmProcedurePoolers.h"
 #include "platform/errors/OMSException.h"
-#include "platform/outputmodel/OmDimension.h"
 #include "tests/backend/omfactory/procedure/ProcedureFixture.h"
 
 namespace {

@@ -3,16 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-#include <string>
 #include <typeinfo>
 #include <vector>
 
 #include "platform/errors/OMSException.h"
-#include "platform/outputmodel/OmDimension.h"
 #include "platform/outputmodel/OmFootnote.h"
 #include "platform/outputmodel/OmStringCellUTF8.h"
-#include "platform/settings/BackendSettings.h"
 #include "tests/backend/omfactory/procedure/ProcedureFixture.h"
 
 namespace {

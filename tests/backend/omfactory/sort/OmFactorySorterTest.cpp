@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "platform/outputmodel/OmDimension.h"
-#include "platform/outputmodel/OmNumber.h"
 #include "platform/outputmodel/OmPivotTable.h"
 #include "platform/outputmodel/OmStringCell.h"
 

@@ -8,9 +8,7 @@
 
 #include "platform/errors/OMSException.h"
 #include "platform/outputmodel/OmComposite.h"
-#include "platform/outputmodel/OmNumber.h"
 #include "platform/outputmodel/OmStringCell.h"
-#include "platform/outputmodel/OmVariable.h"
 #include "platform/stringtables/FacSTDictionary.h"
 #include "tests/backend/omfactory/translate/TranslationTables.h"
 
