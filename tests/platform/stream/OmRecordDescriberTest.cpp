@@ -5,9 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include "fuzz/OmSampleStreams.h"
 #include "platform/stream/MessageCodes.h"
 #include "platform/stream/OmStreamWriter.h"
-#include "tests/platform/stream/MessageLayouts.h"
 
 namespace {
 
@@ -17,22 +17,13 @@ bool Contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
-// One record of every kind the writer makes, in the given order.
-OmStreamWriter EveryMessage(ByteOrder order) {
-  OmStreamWriter w(order);
-  for (const MessageLayouts::Layout& layout : MessageLayouts::SingleRecord()) layout.write(w);
-  // The messages without fields, and those that may take several records.
-  w.BeginRepeatList();
-  w.EndRepeatList();
-  w.EndNode();
-  w.FlushLog();
-  w.Refresh();
-  w.Bold();
-  w.HideCategory();
-  w.String(3, "text", 1);
-  w.EndProcedure("specs", 2);
-  w.ModelPMML({{0, 0, 0, "model"}}, 1);
-  return w;
+// The records of the sample streams: between them every message the writer makes.
+std::vector<OmStreamRecord> EveryMessage(ByteOrder order) {
+  std::vector<OmStreamRecord> records;
+  for (const OmSampleStreams::Named& sample : OmSampleStreams::All(order)) {
+    for (const OmStreamRecord& record : sample.stream.Records()) records.push_back(record);
+  }
+  return records;
 }
 
 TEST(OmRecordDescriberTest, TextsAreQuotedEscapedAndCut) {
@@ -49,8 +40,7 @@ TEST(OmRecordDescriberTest, TextsAreQuotedEscapedAndCut) {
 
 TEST(OmRecordDescriberTest, EveryShortenedRecordSaysTruncatedAndStaysInsideThePayload) {
   for (ByteOrder order : {ByteOrder::LittleEndian, ByteOrder::BigEndian}) {
-    const OmStreamWriter writer = EveryMessage(order);
-    for (const OmStreamRecord& record : writer.Records()) {
+    for (const OmStreamRecord& record : EveryMessage(order)) {
       const bool multiPart =
           record.code == static_cast<std::int16_t>(MessageCode::IPC_END_PROCEDURE) ||
           record.code == static_cast<std::int16_t>(MessageCode::IPC_MODEL_PMML);

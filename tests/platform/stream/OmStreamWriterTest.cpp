@@ -5,43 +5,10 @@
 #include <gtest/gtest.h>
 
 #include "platform/errors/OMSException.h"
-#include "platform/stream/MessageCodes.h"
-#include "tests/platform/stream/MessageLayouts.h"
-#include "tests/platform/stream/PayloadFields.h"
 
 namespace {
 
 using ByteOrder = OmStreamWriter::ByteOrder;
-
-std::int16_t Code(MessageCode code) { return static_cast<std::int16_t>(code); }
-
-class OmStreamWriterLayoutTest : public testing::TestWithParam<ByteOrder> {};
-
-TEST_P(OmStreamWriterLayoutTest, EveryFieldSitsAtItsOffsetInTheSendersOrder) {
-  for (const MessageLayouts::Layout& layout : MessageLayouts::SingleRecord()) {
-    SCOPED_TRACE(layout.name);
-    OmStreamWriter writer(GetParam());
-    layout.write(writer);
-    ASSERT_EQ(writer.Records().size(), 1u);
-    const OmStreamRecord& record = writer.Records().front();
-    EXPECT_EQ(record.code, Code(layout.code));
-    const PayloadFields payload(record.payload, GetParam() == ByteOrder::BigEndian);
-    EXPECT_EQ(payload.Size(), layout.size);
-    for (const MessageLayouts::Field& field : layout.fields) {
-      MessageLayouts::ExpectField(payload, field);
-    }
-    if (layout.tcid >= 0) {
-      EXPECT_EQ(payload.Byte(0), layout.tcid);
-      EXPECT_EQ(payload.Text(1, 3), std::string(3, '\0')) << "bytes after the TCID are reserved";
-    }
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(BothByteOrders, OmStreamWriterLayoutTest,
-                         testing::Values(ByteOrder::LittleEndian, ByteOrder::BigEndian),
-                         [](const testing::TestParamInfo<ByteOrder>& info) {
-                           return info.param == ByteOrder::BigEndian ? "BigEndian" : "LittleEndian";
-                         });
 
 TEST(OmStreamWriterChunkingTest, ChunksThatWouldEndTheStringEarlyAreRefused) {
   OmStreamWriter writer;
