@@ -16,8 +16,6 @@
 
 namespace {
 
-constexpr std::int16_t Code(MessageCode code) { return std::int16_t(code); }
-
 using ByteOrder = OmSampleStreams::ByteOrder;
 
 std::string CodeName(std::int16_t code) {
@@ -193,6 +191,5 @@ INSTANTIATE_TEST_SUITE_P(EverySample, HostileRecords, ::testing::ValuesIn(AllCas
                            return info.param.sample +
                                   (info.param.order == ByteOrder::LittleEndian ? "_LE" : "_BE");
                          });
-
 
 }  // namespace

@@ -12,8 +12,6 @@
 
 namespace {
 
-constexpr std::int16_t Code(MessageCode code) { return std::int16_t(code); }
-
 using ByteOrder = OmSampleStreams::ByteOrder;
 
 class SampleStreams : public ::testing::TestWithParam<ByteOrder> {};

@@ -89,22 +89,8 @@ protected:
     return -1;
   }
 
-  // The coordinate on which a probe cell lands; the probe is removed again.
-  Coords CellCoordinates() {
-    _builder.Cell(std::make_unique<OmStringCell>("probe"));
-    for (auto it = _table.FirstCell(); !it.AtEnd(); ++it) {
-      if (it.Cell()->Text() == "probe") {
-        Coords coords = it.Coord();
-        _table.TakeCell(coords);
-        return coords;
-      }
-    }
-    return {};
-  }
-
   std::string Rows() const { return Join(_table.Rows()); }
   std::string Columns() const { return Join(_table.Columns()); }
-  std::string Layers() const { return Join(_table.Layers()); }
 
   static std::string Join(const std::vector<short>& list) {
     std::string out;
@@ -151,10 +137,6 @@ TEST_F(PivotFactoryTest, PlacementFillsEmptyPositionsAndInsertsBeforeTakenOnes) 
   EXPECT_EQ(Columns(), "[1,3,0,2]");
   EXPECT_EQ(Rows(), "[]");
 }
-
-// --- Groups ---------------------------------------------------------------------------------
-
-// --- Categories and cells -------------------------------------------------------------------
 
 // --- Cell dimension and state dump ----------------------------------------------------------
 
@@ -220,8 +202,6 @@ TEST_F(PivotFactoryTest, StyleOfAnUnlabelledCategoryReportsTargetNotFound) {
       {"HideCategory", [&] { _builder.HideCategory(); }, "OmPivotFactory::BackgroundColor -- target not found"},
   });
 }
-
-// --- Markers --------------------------------------------------------------------------------
 
 // --- Properties and footnotes by target -----------------------------------------------------
 
@@ -308,13 +288,6 @@ protected:
     _splitsBuilder.Dimension(Text("Gender"));
     _splitsBuilder.SetCategory(0, Text("male"));
     _splitsBuilder.SetCategory(0, Text("female"));
-  }
-
-  std::unique_ptr<OmPivotTable> MakeSplitTable() {
-    auto table = std::make_unique<OmPivotTable>(Text("Split"), Text("Split"), true);
-    table->CopyDimensions(_splits);
-    for (int a = 0; a < 3; ++a) table->Axis(a).Assign(_splits.Axis(a).Storage());
-    return table;
   }
 
   OmPivotTable _splits{Text("Splits"), Text("Splits"), true};

@@ -1,8 +1,6 @@
 #include "backend/omsopmgr/OMSColumns.h"
 
-
 #include <gtest/gtest.h>
-
 
 namespace {
 

@@ -2,13 +2,7 @@
 
 #include <gtest/gtest.h>
 
-
 namespace {
-
-constexpr short kChart = 1;
-constexpr short kText = 2;
-constexpr short kTable = 16;
-constexpr short kHeading = 32;
 
 OMSSelector WithInstances(std::initializer_list<int> numbers, bool last = false) {
   OMSSelector s;

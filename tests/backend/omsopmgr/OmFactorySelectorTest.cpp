@@ -132,8 +132,4 @@ TEST_F(SelectorTest, DecidingBeforeTheFirstResetIsAnError) {
   EXPECT_THROW(_selector.Visit(*table), OMSException);
 }
 
-// ---- notes
-
-// ---- commands, subtypes and labels
-
 }  // namespace

@@ -1,6 +1,5 @@
 #include "platform/bootspecs/SvrBootstrapSpecsSerializer.h"
 
-
 #include <gtest/gtest.h>
 
 #include "platform/bootspecs/SvrBootstrapSpecs.h"

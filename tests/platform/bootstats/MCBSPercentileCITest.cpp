@@ -7,7 +7,6 @@
 #include "platform/bootstats/MCBSCommon.h"
 
 namespace {
-constexpr double kMissing = MCBSCommon::SystemMissing;
 
 std::vector<double> OneTo(int count) {
   std::vector<double> values;

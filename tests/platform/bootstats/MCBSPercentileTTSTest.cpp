@@ -8,7 +8,6 @@
 #include "platform/errors/OMSException.h"
 
 namespace {
-constexpr double kMissing = MCBSCommon::SystemMissing;
 
 // Replicates estimate + d for each offset d, every one with standard error 1: t* = d.
 MCBSPercentileTTS WithOffsets(double estimate, double stdError, double testValue,

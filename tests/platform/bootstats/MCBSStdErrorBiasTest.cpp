@@ -7,7 +7,6 @@
 #include "platform/bootstats/MCBSCommon.h"
 
 namespace {
-constexpr double kMissing = MCBSCommon::SystemMissing;
 
 MCBSStdErrorBias Fed(const std::vector<double>& values) {
   MCBSStdErrorBias stats;

@@ -1,8 +1,6 @@
 #include "platform/outputmodel/OmDimension.h"
 
-
 #include <gtest/gtest.h>
-
 
 #include "platform/outputmodel/OmNumDataValue.h"
 #include "platform/outputmodel/OmNumber.h"

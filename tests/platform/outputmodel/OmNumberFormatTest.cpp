@@ -1,6 +1,5 @@
 #include "platform/outputmodel/OmNumberFormat.h"
 
-
 #include <gtest/gtest.h>
 
 #include "platform/outputmodel/OmNumber.h"

@@ -23,19 +23,6 @@ public:
   ~CountedHeading() override { ++gDestroyed; }
 };
 
-// A builder that counts its destruction and checks that its table still exists then.
-class CountedBuilder : public OmBuilderSlot {
-public:
-  explicit CountedBuilder(OmPivotTable* table) : _table(table) {}
-  ~CountedBuilder() override {
-    ++gDestroyed;
-    EXPECT_EQ(_table->TemplateName().Text(), "T");
-  }
-
-private:
-  OmPivotTable* _table;
-};
-
 TEST(OmOutputTree, ANewTreeHasOneRootWithoutAPart) {
   OmOutputTree tree;
   ASSERT_EQ(tree.Size(), 1u);

@@ -1,6 +1,5 @@
 #include "platform/outputmodel/OmPivotTable.h"
 
-
 #include <gtest/gtest.h>
 
 #include "platform/errors/OMSException.h"

@@ -17,8 +17,6 @@ std::string Summary(const BackendSettings& s) {
          std::to_string(s.getMaxCells());
 }
 
-const char* const kDefaults = "||en|UTF-8|en_US|1|0|0|0";
-
 TEST(BackendSettingsTest, EachCallStartsFromTheDefaults) {
   BackendSettings settings;
   settings.setSettings("procedure=First\nfasttables=1\nunicode=0\nmaxcells=5\nlocale=de_DE\n");

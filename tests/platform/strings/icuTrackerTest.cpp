@@ -4,7 +4,6 @@
 #include "platform/errors/OMSException.h"
 #include "platform/strings/CodePage.h"
 
-
 TEST(icuTracker, UnicodeSessionsUseUtf8OthersTheCodeSetOrTheLanguagesCodePage) {
   EXPECT_TRUE(icuTracker(true, "de_DE").GetCodePage().IsUtf8());
   EXPECT_TRUE(icuTracker(true, "de_DE.ISO-8859-1").GetCodePage().IsUtf8());

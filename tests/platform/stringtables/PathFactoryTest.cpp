@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-
 #include "platform/stringtables/FacSTDictionary.h"
 #include "tests/platform/stringtables/TempTables.h"
 

@@ -44,7 +44,6 @@ struct Output {
   Output() {
     procedure = list.AppendUnderRoot(std::make_unique<OmProcedure>(OmStringCell("Means"), "English", "UTF-8", "en_US"));
   }
-  Node Heading(Node parent, const OmCellText& label) { return list.Append(parent, std::make_unique<OmHeading>(label)); }
   OmPivotTable* Table(Node parent, std::unique_ptr<OmPivotTable> table) {
     OmPivotTable* raw = table.get();
     list.Append(parent, std::move(table));

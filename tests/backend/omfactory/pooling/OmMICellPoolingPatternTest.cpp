@@ -17,33 +17,6 @@ using mitest::NumberAt;
 using mitest::ScopedMiOutput;
 using mitest::TableBuilder;
 
-namespace {
-
-constexpr const char* kNoVariance = "No variance among imputations.";
-
-// A "Report" table: groups x statistics x imputations 0 .. m.
-struct Report {
-  TableBuilder t{"Report"};
-  int groups;
-  int stats;
-  int imp;
-
-  Report(const std::vector<std::string>& statistics, int m, bool original = true) {
-    groups = t.Dim("Group", {"a", "b"});
-    stats = t.Dim("Statistics", statistics);
-    imp = t.Imputations(m, original);
-  }
-  int Pooled() { return t->Size(imp) - 1; }
-};
-
-}  // namespace
-
-// --- Averaging
-
-// --- Rubin pooling
-
-// --- Matching
-
 // --- Every cell averaged
 
 TEST(MICellPattern0, EveryCellIsAveragedOverTheImputationsFound) {

@@ -26,88 +26,6 @@ struct Row {
   const char* table;
 };
 
-// Every table that imputation pooling knows, in the order the pooler tries them.
-const Row kRows[] = {
-    {kColumn,      "Regression",               "Coefficients"},
-    {kColumn,      "Regression",               "Coefficients"},
-    {kColumn,      "Regression",               "Coefficients"},
-    {kColumn,      "Regression",               "Coefficients"},
-    {kCell,        "Regression",               "Descriptive Statistics"},
-    {kCell,        "Frequencies",              "Statistics"},
-    {kCell,        "Frequencies",              "Frequencies"},
-    {kCell,        "Crosstabs",                "Crosstabulation"},
-    {kCell,        "Means",                    "Report"},
-    {kCell,        "Oneway",                   "Contrast Tests"},
-    {kCell,        "Oneway",                   "Descriptives"},
-    {kCell,        "UNIANOVA",                 "Descriptive Statistics"},
-    {kColumn,      "UNIANOVA",                 "Parameter Estimates"},
-    {kColumn,      "UNIANOVA",                 "Parameter Estimates with Robust Standard Errors"},
-    {kCell,        "UNIANOVA",                 "Between Subjects Factors"},
-    {kCell,        "UNIANOVA",                 "Descriptive Statistics"},
-    {kCell,        "UNIANOVA",                 "Contrast Results"},
-    {kCell,        "UNIANOVA",                 "Estimated Marginal Means"},
-    {kCell,        "UNIANOVA",                 "EMMEANS Pairwise Comparisons"},
-    {kCell,        "GLM",                      "Descriptive Statistics"},
-    {kColumn,      "GLM",                      "Parameter Estimates"},
-    {kColumn,      "GLM",                      "Parameter Estimates with Robust Standard Errors"},
-    {kCell,        "GLM",                      "Between Subjects Factors"},
-    {kCell,        "GLM",                      "Descriptive Statistics"},
-    {kCell,        "GLM",                      "Contrast Results"},
-    {kCell,        "GLM",                      "Estimated Marginal Means"},
-    {kCell,        "GLM",                      "EMMEANS Pairwise Comparisons"},
-    {kCell,        "Descriptives",             "Descriptive Statistics"},
-    {kCell2,       "Descriptives",             "Descriptive Statistics"},
-    {kCell,        "T-Test",                   "One Sample Statistics"},
-    {kCell,        "T-Test",                   "One Sample Test"},
-    {kCell,        "T-Test",                   "Group Statistics"},
-    {kCell,        "T-Test",                   "Independent Samples Test"},
-    {kCell,        "T-Test",                   "Paired Samples Statistics"},
-    {kCorrelation, "T-Test",                   "Paired Samples Correlations"},
-    {kCell,        "T-Test",                   "Paired Samples Test"},
-    {kCell,        "Correlations",             "Descriptive Statistics"},
-    {kCorrelation, "Non Par Corr",             "Correlations"},
-    {kCell,        "Partial Corr",             "Descriptive Statistics"},
-    {kCorrelation, "Partial Corr",             "Correlations"},
-    {kCell,        "NPar Tests",               "Descriptive Statistics"},
-    {kCell,        "NPar Tests",               "Chi Square Frequencies"},
-    {kCell,        "NPar Tests",               "Binomial Test"},
-    {kCell,        "NPar Tests",               "Mann Whitney Ranks"},
-    {kCell,        "NPar Tests",               "Mann Whitney Test Statistics"},
-    {kCell,        "NPar Tests",               "Two Sample Kolmogorov Smirnov Frequencies"},
-    {kCell,        "NPar Tests",               "Moses Frequencies"},
-    {kCell,        "NPar Tests",               "Wald Wolfowitz Frequencies"},
-    {kCell,        "NPar Tests",               "Kruskal Wallis Ranks"},
-    {kCell,        "NPar Tests",               "Median Frequencies"},
-    {kCell,        "NPar Tests",               "Wilcoxon Ranks"},
-    {kCell,        "NPar Tests",               "Sign Frequencies"},
-    {kCell,        "NPar Tests",               "Friedman Ranks"},
-    {kCell,        "NPar Tests",               "Kendall Ranks"},
-    {kCell,        "Generalized Linear Models","CategoricalVariableInformation"},
-    {kCell,        "Generalized Linear Models","ContinuousVariableInformation"},
-    {kColumn,      "Generalized Linear Models","ParameterEstimates"},
-    {kCell,        "Generalized Linear Models","Estimates"},
-    {kCell,        "Generalized Linear Models","PairwiseComparisons"},
-    {kCorrelation, "Regression",               "Correlations"},
-    {kCorrelation, "Regression",               "Coefficient Correlations"},
-    {kCell,        "Regression",               "Residuals Statistics"},
-    {kColumn,      "Nominal Regression",       "Parameter Estimates"},
-    {kCorrelation, "Correlations",             "Correlations"},
-    {kColumn,      "Logistic Regression",      "Variables in the Equation"},
-    {kCell,        "Discriminant",             "Group Statistics"},
-    {kCorrelation, "Discriminant",             "Pooled Within Groups Matrices"},
-    {kCell0,       "Discriminant",             "CDF Coefficients"},
-    {kCell0,       "Discriminant",             "Functions at Group Centroids"},
-    {kCell0,       "Discriminant",             "Classification Function Coefficients"},
-    {kColumn,      "PLUM",                     "Parameter Estimates"},
-    {kCell,        "Mixed",                    "Descriptive Statistics"},
-    {kColumn,      "Mixed",                    "Parameter Estimates"},
-    {kColumn,      "Mixed",                    "Covariance Parameter Estimates"},
-    {kCell,        "Mixed",                    "Estimated Marginal Means"},
-    {kColumn,      "Cox Regression",           "Variables in the Equation"},
-    {kCell,        "Cox Regression",           "Covariate Means"},
-    {kCell2,       "Kaplan-Meier",             "Means and Medians for Survival Time"},
-};
-
 // A "Means" report of one group with a mean and an N over imputations 0 .. m.
 struct Report {
   TableBuilder t{"Report", "Report"};
@@ -122,19 +40,11 @@ struct Report {
       t.Number({0, 2, i}, 10.0, mitest::kNoDecimals);
     }
   }
-  // The labels of the imputation categories, in order.
-  std::vector<std::string> Imputations() {
-    std::vector<std::string> labels;
-    for (const auto& child : t->Dimension(imp).Root().Children()) labels.push_back(child->Label()->Text());
-    return labels;
-  }
 };
 
 const OmStringCell kMeans("Means", true);
 
 }  // namespace
-
-// --- The registry
 
 // --- Choosing the patterns
 

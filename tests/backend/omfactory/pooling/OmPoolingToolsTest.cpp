@@ -16,8 +16,6 @@ namespace {
 
 }  // namespace
 
-// --- Finding dimensions
-
 // --- Finding categories
 
 TEST(PoolingToolsCategories, LabelPathFindsCategoryInsideNamedGroupThroughUnnamedGroups) {
@@ -36,10 +34,6 @@ TEST(PoolingToolsCategories, LabelPathFindsCategoryInsideNamedGroupThroughUnname
   EXPECT_EQ(T::FindMatchingCategory(std::string(""), &dim.Root()), -1);
 }
 
-// --- Adding categories
-
-// --- Footnotes
-
 // --- Bootstrap helpers
 
 TEST(PoolingToolsBootstrap, DemoteDimensionMovesItToTheFrontInTheCallersStorage) {
@@ -51,4 +45,3 @@ TEST(PoolingToolsBootstrap, DemoteDimensionMovesItToTheFrontInTheCallersStorage)
   EXPECT_EQ(order, (std::vector<short>{1, 3, 4, 1}));
 }
 
-// --- Statistics

@@ -92,10 +92,6 @@ TEST_F(ProcedureEndTest, OnlyNotesActiveDatasetAndEmptyWarningsLeaveNothingToSho
   }
 }
 
-// ---- pruning --------------------------------------------------------------------------------
-
-// ---- translated name, translation and sorting -----------------------------------------------
-
 // ---- poolers and selection at the end -------------------------------------------------------
 
 // Poolers that write each visit to a shared log ("boot:Label", "mi:Label") and discard the parts

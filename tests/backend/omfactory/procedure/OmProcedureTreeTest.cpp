@@ -40,8 +40,6 @@ TEST_F(ProcedureTreeTest, HeadingsWithEqualTextOfDifferentCellTypesAreDistinct) 
   EXPECT_EQ(PartsOf<OmHeading>(proc->Tree()).size(), 3u);  // the procedure and two headings
 }
 
-// ---- text blocks ----------------------------------------------------------------------------
-
 // ---- heading footnotes ----------------------------------------------------------------------
 
 TEST_F(ProcedureTreeTest, HeadingFootnotesReachANewTableRootMostFirst) {
@@ -57,8 +55,6 @@ TEST_F(ProcedureTreeTest, HeadingFootnotesReachANewTableRootMostFirst) {
   EXPECT_EQ(table.Footnotes()[1].Text().Text(), "Inner note");
   EXPECT_EQ(table.Label()->Footnotes(), (std::vector<std::int16_t>{0, 1}));
 }
-
-// ---- split tables ---------------------------------------------------------------------------
 
 // ---- after the end --------------------------------------------------------------------------
 

@@ -31,8 +31,6 @@ TEST(CellTextTranslatorConstruction, NullDictionaryIsRejected) {
   EXPECT_THROW(OmCellTextTranslator(nullptr), OMSException);
 }
 
-// ---- string cells
-
 // ---- composites
 
 TEST_F(CellTextTranslatorTest, CompositeTranslatesTheMembersOfARepeatList) {
