@@ -10,7 +10,16 @@ constexpr std::size_t kKeptCapacity = 1 << 16;
 }  // namespace
 
 void OmCellSlots::Store(int id, std::unique_ptr<OmCellText> cell) {
-  if (id < 0 || id >= kIdLimit) throw OMSException("OmCellSlots::Store -- id out of range", id);
+  if (id < 0) throw OMSException("OmCellSlots::Store -- id out of range", id);
+  if (id >= kDenseIds) {
+    // An empty cell leaves the slot empty: a map entry would only hold a null.
+    if (cell) {
+      _sparse[id] = std::move(cell);
+    } else {
+      _sparse.erase(id);
+    }
+    return;
+  }
   const std::size_t index = std::size_t(id);
   if (index >= _slots.size()) _slots.resize(index + 1);
   if (index < _values.size()) _values[index].kind = Value::kNone;
@@ -47,7 +56,19 @@ std::unique_ptr<OmCellText> OmCellSlots::Make(Value& value) const {
   return cell;
 }
 
+std::unique_ptr<OmCellText> OmCellSlots::TakeSparse(int id) {
+  const auto it = _sparse.find(id);
+  if (it == _sparse.end()) return nullptr;
+  std::unique_ptr<OmCellText> cell = std::move(it->second);
+  _sparse.erase(it);
+  return cell;
+}
+
 OmCellText* OmCellSlots::Peek(int id) const {
+  if (id >= kDenseIds) {
+    const auto it = _sparse.find(id);
+    return it == _sparse.end() ? nullptr : it->second.get();
+  }
   const std::size_t index = std::size_t(id);
   if (id < 0 || index >= _slots.size()) return nullptr;
   if (index < _values.size() && _values[index].kind != Value::kNone) {
@@ -58,6 +79,7 @@ OmCellText* OmCellSlots::Peek(int id) const {
 
 void OmCellSlots::Clear() {
   _values.clear();
+  std::unordered_map<int, std::unique_ptr<OmCellText>>().swap(_sparse);
   if (_slots.capacity() > kKeptCapacity) {
     std::vector<std::unique_ptr<OmCellText>>().swap(_slots);
   } else {

@@ -1,6 +1,7 @@
 // The session's cell slot table: owned cell texts waiting in numbered slots until a message takes
-// them into a table, a heading or another cell. Ids are bounded (kIdLimit) so that a stray id from
-// a stream can never make the table allocate more than a few megabytes of slots.
+// them into a table, a heading or another cell. Any non-negative 32-bit id is valid: a sender that
+// numbers its cells upward without reusing slots passes millions. Low ids live in a dense table;
+// the rest in a hash map, so memory follows the cells waiting, not the highest id seen.
 //
 // Plain numbers and texts, the bulk of every table, wait in the low slots undecoded into objects:
 // a slot keeps the value (and reuses its text buffer) and makes the cell only when a message
@@ -12,6 +13,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/outputmodel/OmCellText.h"
@@ -20,9 +22,9 @@ class icuTracker;
 
 class OmCellSlots {
 public:
-  // Valid ids are 0 .. kIdLimit - 1 (4 Mi slots, 32 MiB of pointers at most). Callers check ids
-  // against it before they reach the table (OmPayload::CellId).
-  static constexpr int kIdLimit = 1 << 22;
+  // Ids below this have a slot in the dense table (512 KiB of pointers at most); higher ones wait
+  // in the sparse map. Negative ids are refused before they reach the table (OmPayload::CellId).
+  static constexpr int kDenseIds = 1 << 16;
   // Ids below this keep numbers and texts as values; above it they are made into cells at once.
   // Procedures cycle through a few dozen ids, so a few kilobytes of values cover them.
   static constexpr int kValueIds = 1 << 10;
@@ -52,6 +54,7 @@ public:
   // Empties slot id and hands its cell over; null for an empty slot or one never stored.
   std::unique_ptr<OmCellText> Take(int id) {
     const std::size_t index = std::size_t(id);
+    if (id >= kDenseIds) return TakeSparse(id);
     if (id < 0 || index >= _slots.size()) return nullptr;
     if (index < _values.size() && _values[index].kind != Value::kNone) return Make(_values[index]);
     return std::move(_slots[index]);
@@ -73,6 +76,7 @@ public:
   // Empties slot id, if it holds anything, without making its cell.
   void Discard(int id) {
     const std::size_t index = std::size_t(id);
+    if (id >= kDenseIds) return void(_sparse.erase(id));
     if (id < 0 || index >= _slots.size()) return;
     if (index < _values.size()) {
       Value& value = _values[index];
@@ -83,7 +87,8 @@ public:
   }
   // Destroys every cell and shrinks the table to nothing.
   void Clear();
-  std::size_t Size() const { return _slots.size(); }
+  // Dense slots plus the sparse cells waiting.
+  std::size_t Size() const { return _slots.size() + _sparse.size(); }
 
 private:
   // A number or text waiting in a low slot; kNone once made into a cell or discarded.
@@ -112,8 +117,10 @@ private:
   void MakeNumber(int id, double value, std::uint32_t format, icuTracker* tracker);
   void MakeText(int id, std::string_view text, bool translatable, icuTracker* tracker);
   std::unique_ptr<OmCellText> Make(Value& value) const;
+  std::unique_ptr<OmCellText> TakeSparse(int id);
 
   // Peek makes a waiting cell, which changes how a slot holds its content but not the content.
   mutable std::vector<std::unique_ptr<OmCellText>> _slots;
   mutable std::vector<Value> _values;
+  std::unordered_map<int, std::unique_ptr<OmCellText>> _sparse;
 };

@@ -3,7 +3,7 @@
 #include "platform/errors/OMSException.h"
 
 void OmPayload::FailId(std::int64_t id, const char* field) const {
-  Fail(std::string(field) + " out of range", double(id), OmCellSlots::kIdLimit);
+  Fail(std::string(field) + " out of range", double(id));
 }
 
 void OmPayload::FailLength(std::int64_t length, std::int64_t available, const char* field) const {

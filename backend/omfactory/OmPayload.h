@@ -12,7 +12,6 @@
 #include <string>
 #include <string_view>
 
-#include "backend/omfactory/OmCellSlots.h"
 #include "platform/stream/MessageCodes.h"
 
 class OmPayload {
@@ -70,12 +69,12 @@ public:
     return (d << 24) | (t << 16) | w;
   }
 
-  // A cell id field (reversed like any int32), which must lie in the cell slot table's range:
-  // "<name> <field> out of range", value 1 = the id, value 2 = the limit.
+  // A cell id field (reversed like any int32), which must not be negative:
+  // "<name> <field> out of range", value 1 = the id.
   int CellId(unsigned offset, const char* field) { return CheckCellId(Int32(offset), field); }
   // The same check for an id read earlier.
   int CheckCellId(std::int64_t id, const char* field) const {
-    if (id < 0 || id >= OmCellSlots::kIdLimit) FailId(id, field);
+    if (id < 0 || id > INT32_MAX) FailId(id, field);
     return int(id);
   }
 

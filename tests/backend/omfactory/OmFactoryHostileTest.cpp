@@ -61,6 +61,27 @@ TEST_F(HostileMessages, LyingLengthsInsideVariableAndDataValueAreRefused) {
   EXPECT_EQ(factory->CellSlotCount(), 0u);
 }
 
+// A sender that numbers cells upward without reusing slots passes millions of ids: any
+// non-negative id holds its cell, and the slots hold only the cells still waiting.
+TEST_F(HostileMessages, AnyNonNegativeCellIdWorksAndOnlyANegativeOneIsRefused) {
+  BeginProcedure();
+  BeginTable(1, "T");
+  writer.CellDimension(1, Str("S"));
+  for (const std::int32_t id : {65535, 65536, 4194304, INT32_MAX}) {
+    writer.Number(id, 1.0, 0x050802);
+    writer.Cell(1, id, Str("N" + std::to_string(id)));
+  }
+  writer.EndTable(1);
+  Feed();
+  EXPECT_EQ(LastError(), "");
+  std::size_t cells = 0;
+  for (auto it = OpenTable().FirstCell(); !it.AtEnd(); ++it) ++cells;
+  EXPECT_EQ(cells, 4u);
+  EXPECT_LE(factory->CellSlotCount(), 65536u);  // the dense slots; no sparse cell is left
+  Send(std::int16_t(MessageCode::IPC_DISCARD_CELL), Bytes({-1}));
+  EXPECT_EQ(LastError(), Dispatch("IPC_DISCARD_CELL cell id out of range"));
+}
+
 TEST_F(HostileMessages, UnreadableBootstrapSpecificationsStillAppendTheProcedure) {
   BeginProcedure();
   BeginTable(1, "T");
