@@ -143,4 +143,13 @@ TEST(StringAssembly, LongStringKeepsPartCUntilALongTextFinishesIt) {
 }
 
 }  // namespace
+TEST_F(HostileMessages, CompositeCannotBeItsOwnArgument) {
+  writer.String(1, "^1", 0);
+  writer.BeginComposite(2, 1);
+  writer.CompositeArgument(2);
+  Feed();
+  EXPECT_EQ(LastError(), Dispatch("IPC_COMPOSITE_ARGUMENT cell id names the current composite"));
+  EXPECT_NE(factory->PendingCell(2), nullptr);
+}
+
 }  // namespace sessiontest

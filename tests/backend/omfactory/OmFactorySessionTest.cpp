@@ -132,4 +132,9 @@ TEST(SessionConstruction, PathConstructorsAgree) {
 }
 
 }  // namespace
+TEST(SessionConstruction, NullOutputTreeIsRefused) {
+  const std::vector<OMSObjectSelector> none;
+  EXPECT_THROW(OmFactory(nullptr, std::string(), "UTF-8", none), OMSException);
+}
+
 }  // namespace sessiontest

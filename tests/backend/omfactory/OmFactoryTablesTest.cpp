@@ -2,6 +2,7 @@
 // the fast-table viewer rule, table properties, annotations and the failures that end in recovery.
 #include "SessionFixture.h"
 #include "platform/errors/ThrowError.h"
+#include "platform/outputmodel/OmNumber.h"
 #include "platform/outputmodel/OmStringCell.h"
 
 namespace sessiontest {
@@ -71,6 +72,26 @@ TEST_P(TableMessages, TablePropertiesSetRotationOptionsDimensionFlagAndMergedSim
   EXPECT_EQ(table.MiscProperties(), (std::vector<std::string>{"mergedSimple"}));
 }
 
+TEST_P(TableMessages, AnnotationsReachTablesAndHeadings) {
+  BeginProcedure();
+  BeginTable(1, "Noted");
+  writer.CellDimension(1, Str("S"));
+  writer.Cell(1, Num(1), Str("N"));
+  writer.Annotate(5, Str("cell note"));
+  writer.AnnotateMarked(1, Str("title note"), Str("*"));
+  writer.Annotate(0, Str("heading note"));
+  Feed();
+  ASSERT_EQ(factory->RecoveredErrorCount(), 0u) << factory->LastRecoveredError()->what();
+  OmPivotTable& table = OpenTable();
+  ASSERT_EQ(table.Footnotes().size(), 3u);
+  EXPECT_EQ(table.Footnotes()[0].Text().Text(), "cell note");
+  EXPECT_EQ(table.Footnotes()[1].Text().Text(), "title note");
+  ASSERT_NE(table.Footnotes()[1].Marker(), nullptr);
+  EXPECT_EQ(table.Footnotes()[1].Marker()->Text(), "*");
+  EXPECT_EQ(table.Footnotes()[2].Text().Text(), "heading note");
+  EXPECT_EQ(table.Cell({0})->Footnotes().size(), 1u);
+}
+
 TEST_P(TableMessages, MiscPropertyAndMarkerDecorateTheCurrentCell) {
   BeginProcedure();
   BeginTable(1, "Decorated");
@@ -93,6 +114,20 @@ TEST_P(TableMessages, ScratchTableMarksTheTableFoundByTitle) {
   writer.ScratchTable(Str("Absent"));
   Feed();
   EXPECT_TRUE(OpenTable().IsScratched());
+}
+
+TEST_P(TableMessages, UnimplementedCodesFailInsideAProcedure) {
+  BeginProcedure();
+  writer.RequiredTable(1, 2);
+  Feed();
+  ASSERT_NE(factory->LastRecoveredError(), nullptr);
+  EXPECT_EQ(factory->LastRecoveredError()->Message(),
+            "OmFactory::Data::ProcessMessage() -- IPC_REQUIRED_TABLE not implemented");
+  BeginProcedure(2);
+  writer.ScratchCategory(1, 2);
+  Feed();
+  EXPECT_EQ(factory->LastRecoveredError()->Message(),
+            "OmFactory::Data::ProcessMessage() -- IPC_SCRATCH_CATEGORY not implemented");
 }
 
 OM_BOTH_ORDERS(TableMessages);

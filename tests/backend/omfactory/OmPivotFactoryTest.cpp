@@ -101,6 +101,22 @@ protected:
 
 // --- Dimensions -----------------------------------------------------------------------------
 
+TEST_F(PivotFactoryTest, NewDimensionGoesFirstInRowsAndSameLabelAgainChangesNothing) {
+  OmPivotTable table(Text("T"), Text("T"));
+  table.AddDimension(Text("A"));
+  table.AddDimension(Text("B"));
+  table.Rows().push_back(0);
+  table.Rows().push_back(1);
+  OmPivotFactory builder(&table);
+
+  EXPECT_EQ(builder.Dimension(Text("C")), 2);
+  EXPECT_EQ(Join(std::as_const(table).Rows()), "[2,0,1]");
+  EXPECT_EQ(builder.Dimension(Text("C")), 2);
+  EXPECT_EQ(builder.Dimension(Text("A")), 0);
+  EXPECT_EQ(Join(std::as_const(table).Rows()), "[2,0,1]");
+  EXPECT_EQ(table.NDimensions(), 3);
+}
+
 TEST_F(PivotFactoryTest, OperationsOnAnUnknownDimensionIndexFailWithTheIndex) {
   _builder.Dimension(Text("Only"));
   OMSException group = Failure([&] { _builder.Group(3, Text("G")); });
@@ -137,6 +153,36 @@ TEST_F(PivotFactoryTest, PlacementFillsEmptyPositionsAndInsertsBeforeTakenOnes) 
   EXPECT_EQ(Columns(), "[1,3,0,2]");
   EXPECT_EQ(Rows(), "[]");
 }
+
+TEST_F(PivotFactoryTest, PlacementRejectsBadAxisAndPositionWithoutMovingAnything) {
+  _builder.Dimension(Text("A"));
+  OMSException axis = Failure([&] { _builder.PlaceDimension(0, 3, 1, false, false); });
+  EXPECT_EQ(axis.Message(), "OmPivotFactory::PlaceDimension -- axis out of range");
+  EXPECT_EQ(axis.Value1(), 3);
+  OMSException zero = Failure([&] { _builder.PlaceDimension(0, 1, 0, false, false); });
+  EXPECT_EQ(zero.Message(), "OmPivotFactory::PlaceDimension -- position out of range");
+  EXPECT_EQ(zero.Value1(), 0);
+  EXPECT_EQ(Failure([&] { _builder.PlaceDimension(0, 1, 1 << 30, false, false); }).Message(),
+            "OmPivotFactory::PlaceDimension -- position out of range");
+  EXPECT_EQ(Rows(), "[0]");
+  EXPECT_EQ(Failure([&] { _builder.Axis(-1); }).Message(), "OmPivotFactory::Axis -- axis out of range");
+}
+
+// --- Groups ---------------------------------------------------------------------------------
+
+TEST_F(PivotFactoryTest, AllGroupsClosedFailsWhenTheTableHasFewerDimensionsThanSeen) {
+  _builder.Dimension(Text("A"));
+  _builder.Dimension(Text("B"));
+  OmPivotTable smaller(Text("S"), Text("S"));
+  smaller.AddDimension(Text("A"));
+  _table.CopyDimensions(smaller);
+  OMSException e = Failure([&] { _builder.AllGroupsClosed(); });
+  EXPECT_EQ(e.Message(), "OmPivotFactory::AllGroupsClosed -- nDim > # dimensions");
+  EXPECT_EQ(e.Value1(), 2);
+  EXPECT_EQ(e.Value2(), 1);
+}
+
+// --- Categories and cells -------------------------------------------------------------------
 
 // --- Cell dimension and state dump ----------------------------------------------------------
 
@@ -201,6 +247,20 @@ TEST_F(PivotFactoryTest, StyleOfAnUnlabelledCategoryReportsTargetNotFound) {
        "OmPivotFactory::BackgroundColor -- target not found"},
       {"HideCategory", [&] { _builder.HideCategory(); }, "OmPivotFactory::BackgroundColor -- target not found"},
   });
+}
+
+// --- Markers --------------------------------------------------------------------------------
+
+TEST_F(PivotFactoryTest, MarkerWhereTheTableRefusesCellsReportsTargetNotFound) {
+  const int d = _builder.Dimension(Text("V"));
+  _table.MaxCells(1);
+  _builder.SetCategory(d, Text("x"));
+  _builder.Cell(Text("full"));
+  _builder.SetCategory(d, Text("y"));
+  OMSException e = Failure([&] { _builder.addMarker(Text("*")); });
+  EXPECT_EQ(e.Message(), "OmPivotFactory::addMarker -- target not found");
+  EXPECT_EQ(e.Value1(), 0);
+  EXPECT_FALSE(_table.HasMarkers());
 }
 
 // --- Properties and footnotes by target -----------------------------------------------------
@@ -278,6 +338,13 @@ TEST_F(PivotFactoryTargetTest, AfterEndGroupTheGroupTargetIsTheDimensionAndNoCat
   EXPECT_TRUE(_table.Footnotes().empty());
 }
 
+TEST(PivotFactoryConstruction, NullTableIsRejected) {
+  EXPECT_THROW(OmPivotFactory(nullptr), OMSException);
+  OmPivotTable table(Text("T"), Text("T"));
+  OmPivotFactory builder(&table);
+  EXPECT_THROW(OmPivotFactory(nullptr, builder), OMSException);
+}
+
 // --- Split-aware copy -----------------------------------------------------------------------
 
 // The procedure's splits table and its builder, and a split table made from them the way a
@@ -290,8 +357,49 @@ protected:
     _splitsBuilder.SetCategory(0, Text("female"));
   }
 
+  std::unique_ptr<OmPivotTable> MakeSplitTable() {
+    auto table = std::make_unique<OmPivotTable>(Text("Split"), Text("Split"), true);
+    table->CopyDimensions(_splits);
+    for (int a = 0; a < 3; ++a) table->Axis(a).Assign(_splits.Axis(a).Storage());
+    return table;
+  }
+
   OmPivotTable _splits{Text("Splits"), Text("Splits"), true};
   OmPivotFactory _splitsBuilder{&_splits};
 };
+
+TEST_F(PivotFactorySplitTest, CopiedBuilderFindsCategoriesAndOpenGroupsInTheNewTable) {
+  _splitsBuilder.Group(0, Text("Adults"));
+  _splitsBuilder.SetCategory(0, Text("senior"));
+  auto table = MakeSplitTable();
+  OmPivotFactory builder(table.get(), _splitsBuilder);
+  EXPECT_FALSE(builder.AllGroupsClosed());
+
+  builder.SetCategory(0, Text("senior"));  // found in the new table's copy of the group
+  builder.SetCategory(0, Text("junior"));  // added there, not in the splits table
+  const OmDimensionNode& adults = *table->Dimension(0).Root().Child(2);
+  ASSERT_EQ(adults.NChildren(), 2u);
+  EXPECT_EQ(adults.Child(1)->LeafIndex(), 3);
+  EXPECT_EQ(_splits.Dimension(0).Root().Child(2)->NChildren(), 1u);
+
+  builder.EndGroup(0);
+  EXPECT_TRUE(builder.AllGroupsClosed());
+  EXPECT_FALSE(_splitsBuilder.AllGroupsClosed());
+}
+
+TEST_F(PivotFactorySplitTest, CopyOntoATableWithoutTheDimensionsOrTheOpenGroupFails) {
+  OmPivotTable empty(Text("E"), Text("E"), true);
+  OMSException e = Failure([&] { OmPivotFactory builder(&empty, _splitsBuilder); });
+  EXPECT_EQ(e.Message(), "OmPivotFactory::OmPivotFactory -- nDim > # dimensions");
+  EXPECT_EQ(e.Value1(), 1);
+  EXPECT_EQ(e.Value2(), 0);
+
+  _splitsBuilder.Group(0, Text("Adults"));
+  OmPivotTable flat(Text("F"), Text("F"), true);
+  flat.AddDimension(Text("Gender"));
+  OMSException group = Failure([&] { OmPivotFactory builder(&flat, _splitsBuilder); });
+  EXPECT_EQ(group.Message(), "OmPivotFactory::OmPivotFactory -- counterpart not found");
+  EXPECT_EQ(group.Value1(), 0);
+}
 
 }  // namespace

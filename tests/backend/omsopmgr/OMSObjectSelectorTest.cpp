@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/errors/OMSException.h"
+
 namespace {
+
 
 OMSSelector WithInstances(std::initializer_list<int> numbers, bool last = false) {
   OMSSelector s;
@@ -19,6 +22,17 @@ OMSObjectSelector Request(unsigned types) {
 
 }  // namespace
 
+TEST(OMSObjectSelector, InstanceNumbersOfIfAndExceptIf) {
+  OMSObjectSelector r = Request(16);
+  EXPECT_TRUE(r.IsInstanceSelected(7));  // no numbers: every instance
+  r.AddIfOption(WithInstances({1, 3}));
+  EXPECT_TRUE(r.IsInstanceSelected(3));
+  EXPECT_FALSE(r.IsInstanceSelected(2));
+  r.AddExceptIfOption(WithInstances({3}));
+  EXPECT_FALSE(r.IsInstanceSelected(3));
+  EXPECT_TRUE(r.IsInstanceSelected(1));
+}
+
 TEST(OMSObjectSelector, LastAloneSelectsNoNumber) {
   OMSObjectSelector r = Request(16);
   r.AddIfOption(WithInstances({}, true));
@@ -31,3 +45,14 @@ TEST(OMSObjectSelector, LastAloneSelectsNoNumber) {
   EXPECT_TRUE(r.IsLastInstanceExcluded());
   EXPECT_TRUE(r.IsInstanceSelected(1));  // LAST in EXCEPTIF removes no number
 }
+
+TEST(OMSObjectSelector, EmptyTagViolatesThePrecondition) {
+  OMSObjectSelector r;
+  try {
+    r.SetOMSTag("");
+    FAIL() << "no exception";
+  } catch (const OMSException& e) {
+    EXPECT_EQ(e.Message(), "backend/omsopmgr/OMSObjectSelector: tag.length() > 0");
+  }
+}
+

@@ -9,6 +9,7 @@
 #include "backend/omsopmgr/OMSColumns.h"
 #include "backend/omsopmgr/OMSObjectSelector.h"
 #include "backend/omsopmgr/OMSSelector.h"
+#include "platform/errors/OMSException.h"
 
 namespace {
 
@@ -184,6 +185,24 @@ TEST(OMSRecord, ReadingLeavesTheFieldsOutsideTheRecordAlone) {
   EXPECT_FALSE(reader.IsObjectSelected(16, "Frequencies", "Notes", "Notes"));
 }
 
+TEST(OMSRecord, NegativeOrHugeCountsAreExceptionsNotAllocations) {
+  OMSSelector s;
+  std::istringstream negative(RecordBuilder().Int32(-1).Bytes());
+  try {
+    negative >> s;
+    FAIL() << "no exception";
+  } catch (const OMSException& e) {
+    EXPECT_EQ(e.Message(), "OMSSelector::operator>> -- count < 0 in commands");
+    EXPECT_EQ(e.Value1(), -1);
+  }
+  std::istringstream huge(RecordBuilder().Strings({}).Strings({}).Strings({}).Int32(0x7FFFFFFF)
+                              .Int32(1).Bytes());
+  EXPECT_THROW(huge >> s, OMSException);
+  OMSColumns c;
+  std::istringstream columns(RecordBuilder().Int32(2).Int32(0x40000000).Bytes());
+  EXPECT_THROW(columns >> c, OMSException);
+}
+
 TEST(OMSRecord, LongStringInsideAListEndsTheListAtThatEntry) {
   std::istringstream in(RecordBuilder().Strings({"A", std::string(2000, 'B'), "C"}).Bytes());
   OMSSelector s;
@@ -219,3 +238,4 @@ TEST(OMSRecord, ColumnsRecordGivesItsSwapFlagToEveryColumnRead) {
   nameRecord >> names;
   EXPECT_EQ(names.GetDimNames(), (std::vector<std::string>{"Statistics", "Vars"}));
 }
+

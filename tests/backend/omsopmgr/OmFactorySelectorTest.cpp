@@ -132,4 +132,28 @@ TEST_F(SelectorTest, DecidingBeforeTheFirstResetIsAnError) {
   EXPECT_THROW(_selector.Visit(*table), OMSException);
 }
 
+// ---- notes
+
+TEST_F(SelectorTest, NotesTableGoesToTheNextRequestWhenOneHidesNotes) {
+  OMSObjectSelector hidesNotes = Request(OMSObjectSelector::kTables);
+  hidesNotes.ShowNotesTables(false);
+  Use({hidesNotes, Request(OMSObjectSelector::kTables)});
+
+  EXPECT_EQ(NewTable("Notes", "NOTES")._keep, 1);
+  EXPECT_EQ(_selector.Instances()[0].count, 0);
+  EXPECT_EQ(_selector.Instances()[1].count, 1);
+}
+
+// ---- commands, subtypes and labels
+
+TEST(SelectorWithoutTranslator, LabelsAreMatchedAsTheyAre) {
+  std::vector<OMSObjectSelector> requests{
+      Request(OMSObjectSelector::kTables, [](OMSSelector& s) { s.AddNames("Bias"); })};
+  OmFactorySelector selector(requests, nullptr);
+  selector.Reset();
+  OmPivotTable table(OmStringCell("Bias", true), Text("Bootstrap Statistics"));
+  selector.Visit(table);
+  EXPECT_EQ(table._keep, 1);
+}
+
 }  // namespace

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/bootstats/MCBSCommon.h"
+#include "tests/platform/bootstats/BootReferenceData.h"
 
 namespace {
 constexpr double kMissing = MCBSCommon::SystemMissing;
@@ -14,6 +15,13 @@ std::vector<double> OneTo(int count) {
   std::vector<double> values;
   for (int i = 1; i <= count; ++i) values.push_back(i);
   return values;
+}
+
+double Acceleration(const std::vector<double>& values, const std::vector<double>& weights,
+                    const std::vector<std::uint32_t>& groups) {
+  MCBSBCaCI ci(0.0);
+  for (std::size_t i = 0; i < values.size(); ++i) ci.AddJackknifeStat(values[i], weights[i], groups[i]);
+  return ci.GetAcceleration();
 }
 
 }  // namespace
@@ -31,6 +39,19 @@ TEST(MCBSBCaCI, GroupWeightSumsScaleTheGroups) {
   };
   EXPECT_GT(acceleration(30.0), 0.0);
   EXPECT_NEAR(acceleration(3.0), 0.0, 1e-15);
+}
+
+TEST(MCBSBCaCI, UnusableJackknifeEntriesAreLeftOut) {
+  const double plain = Acceleration({1.0, 2.0, 7.0}, {1.0, 1.0, 1.0}, {0, 0, 0});
+  MCBSBCaCI ci(0.0);
+  ci.AddJackknifeStat(1.0, 1.0, 0);
+  ci.AddJackknifeStat(kMissing, 1.0, 0);
+  ci.AddJackknifeStat(2.0, 1.0, 0);
+  ci.AddJackknifeStat(50.0, 0.0, 0);
+  ci.AddJackknifeStat(60.0, -1.0, 0);
+  ci.AddJackknifeStat(70.0, std::numeric_limits<double>::quiet_NaN(), 0);
+  ci.AddJackknifeStat(7.0, 1.0, 0);
+  EXPECT_NEAR(ci.GetAcceleration(), plain, 1e-15);
 }
 
 TEST(MCBSBCaCI, UnusableInputGivesSystemMissingBounds) {
@@ -70,3 +91,4 @@ TEST(MCBSBCaCI, UnusableInputGivesSystemMissingBounds) {
     }
   }
 }
+

@@ -1,12 +1,23 @@
 #include "platform/bootstats/MCBSPercentileCI.h"
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "platform/bootstats/MCBSCommon.h"
+#include "tests/platform/bootstats/BootReferenceData.h"
 
 namespace {
+constexpr double kMissing = MCBSCommon::SystemMissing;
+
+std::pair<double, double> Interval(const std::vector<double>& replicates, double level) {
+  MCBSPercentileCI ci;
+  ci.SetBootstrapStats(replicates);
+  return ci.GetCI(level);
+}
 
 std::vector<double> OneTo(int count) {
   std::vector<double> values;
@@ -14,7 +25,57 @@ std::vector<double> OneTo(int count) {
   return values;
 }
 
+void ExpectBound(double actual, double expected) {
+  if (expected == kMissing) {
+    EXPECT_EQ(actual, kMissing);
+  } else {
+    EXPECT_NEAR(actual, expected, 1e-9 * std::fabs(expected));
+  }
+}
 }  // namespace
+
+TEST(MCBSPercentileCI, EdgeCasesGiveTheirBoundsOrSystemMissing) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  std::vector<double> reversed = BootReference::CaseC().replicates;
+  std::reverse(reversed.begin(), reversed.end());
+  std::vector<double> withGaps = OneTo(39);
+  withGaps.insert(withGaps.begin() + 5, kMissing);
+  withGaps.push_back(kMissing);
+  std::vector<double> withNaN = OneTo(100);
+  withNaN[40] = nan;
+  std::vector<double> withInfinity = OneTo(39);
+  withInfinity[0] = -std::numeric_limits<double>::infinity();
+  const struct {
+    const char* what;
+    std::vector<double> replicates;
+    double level, lower, upper;
+  } cases[] = {
+      {"replicate order does not matter", reversed, 0.9, 1.0246086348937371, 7.4481167404787394},
+      // Ranks 40 * 0.025 = 1 and 39: the extremes themselves.
+      {"39 replicates suffice for 95%", OneTo(39), 0.95, 1.0, 39.0},
+      // Ranks 0.975 and 38.025 lie outside the replicates.
+      {"38 replicates do not", OneTo(38), 0.95, kMissing, kMissing},
+      // boot.ci gives (t(1), t(20)) here with a warning; rank 21 * 0.025 = 0.525 is unreachable.
+      {"where boot pins the extremes", BootReference::CaseA().replicates, 0.95, kMissing, kMissing},
+      {"identical replicates", std::vector<double>(50, 2.25), 0.9, 2.25, 2.25},
+      {"system-missing replicates are absent", withGaps, 0.95, 1.0, 39.0},
+      {"infinite order statistic", withInfinity, 0.95, kMissing, 39.0},
+      {"no replicates", {}, 0.9, kMissing, kMissing},
+      {"only system-missing", {kMissing, kMissing}, 0.9, kMissing, kMissing},
+      {"NaN replicate", withNaN, 0.9, kMissing, kMissing},
+      {"level 0", OneTo(100), 0.0, kMissing, kMissing},
+      {"level 1", OneTo(100), 1.0, kMissing, kMissing},
+      {"negative level", OneTo(100), -0.5, kMissing, kMissing},
+      {"level as a percentage", OneTo(100), 95.0, kMissing, kMissing},
+      {"NaN level", OneTo(100), nan, kMissing, kMissing},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    const auto [lower, upper] = Interval(c.replicates, c.level);
+    ExpectBound(lower, c.lower);
+    ExpectBound(upper, c.upper);
+  }
+}
 
 TEST(MCBSPercentileCI, SetBootstrapStatsReplacesEarlierValues) {
   MCBSPercentileCI ci;

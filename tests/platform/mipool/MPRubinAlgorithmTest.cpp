@@ -235,6 +235,39 @@ TEST(MPRubinAlgorithm, JointWaldTestMatchesMiceAndMitml) {
   }
 }
 
+TEST(MPRubinAlgorithm, JointWaldTestAgainstPooledValuesIsZero) {
+  MPParamContainer params;
+  std::unique_ptr<MPCompAlgorithm> algorithm = Pool(ModelImputations({1, 2}, true), params);
+  const Results x = RunAll(*algorithm, params.Estimates());
+  ASSERT_EQ(x.waldStatus, 0);
+  EXPECT_NEAR(x.d1.at(0), 0.0, 1e-20);
+  EXPECT_NEAR(x.d1P.at(0), 1.0, 1e-12);
+}
+
+// --- Degenerate variances.
+TEST(MPRubinAlgorithm, ZeroBetweenVarianceWithoutCompleteDfUsesNormalReference) {
+  // t = 1.959963984540054 is the normal 97.5% point: p = 0.05 and the 95% interval is [0, 2t].
+  const double z = 1.959963984540054;
+  MPParamContainer params;
+  std::unique_ptr<MPCompAlgorithm> algorithm =
+      Pool({{{z}, {1.0}, {}}, {{z}, {1.0}, {}}, {{z}, {1.0}, {}}}, params);
+  EXPECT_EQ(params.BetweenVariances().at(0), 0.0);
+  ExpectRelNear(params.TotalVariances().at(0), 1.0, kTight);
+  const Results x = RunAll(*algorithm);
+  ASSERT_EQ(x.dfStatus + x.intervalStatus + x.diagnosticsStatus + x.waldStatus, 0);
+  EXPECT_EQ(x.df.at(0), kSysmis); // infinite
+  ExpectRelNear(x.p.at(0), 0.05, 1e-9);
+  EXPECT_NEAR(x.lower.at(0), 0.0, 1e-12);
+  ExpectRelNear(x.upper.at(0), 2 * z, 1e-12);
+  EXPECT_EQ(x.r.at(0), 0.0);
+  EXPECT_EQ(x.fmi.at(0), 0.0);
+  EXPECT_EQ(x.re.at(0), 1.0);
+  // All information is complete: the joint test is chi-square(k)/k, here z^2 on 1 df.
+  ExpectRelNear(x.d1.at(0), z * z, kTight);
+  EXPECT_EQ(x.d1Df.at(1), kSysmis);
+  ExpectRelNear(x.d1P.at(0), 0.05, 1e-9);
+}
+
 TEST(MPRubinAlgorithm, ZeroTotalVarianceGivesSystemMissingResultsWithoutFailing) {
   MPParamContainer params;
   const Results x =
@@ -277,6 +310,25 @@ TEST(MPRubinAlgorithm, ZeroWithinVarianceMeansAllInformationMissing) {
   EXPECT_EQ(withDf.p.at(0), kSysmis);
 }
 
+TEST(MPRubinAlgorithm, SystemMissingInputIsRejectedWithItsOwnCode) {
+  MPParamContainer params;
+  std::unique_ptr<MPCompAlgorithm> algorithm = MPFactory::CreateMPCompAlgorithm();
+  params.Estimates() = {1.0, kSysmis};
+  params.StandardErrors() = {0.5, 0.5};
+  EXPECT_EQ(algorithm->AddImputation(params).GetErrorCode(), MPError::kSystemMissingInput);
+
+  // A missing standard error counts too, and takes precedence over other faults.
+  params.Estimates() = {1.0, std::nan("")};
+  params.StandardErrors() = {kSysmis, -1.0};
+  EXPECT_EQ(algorithm->AddImputation(params).GetErrorCode(), MPError::kSystemMissingInput);
+  EXPECT_EQ(algorithm->ImputationCount(), 0);
+
+  // With estimates only, the standard error list is not read.
+  params.SetCount(MPParamContainer::kEstimatesOnly);
+  params.Estimates() = {1.0, 2.0};
+  EXPECT_TRUE(algorithm->AddImputation(params).IsOK());
+}
+
 TEST(MPRubinAlgorithm, MalformedImputationsAreRejectedAndNotRecorded) {
   struct Case {
     const char* what;
@@ -310,6 +362,27 @@ TEST(MPRubinAlgorithm, MalformedImputationsAreRejectedAndNotRecorded) {
   }
   EXPECT_EQ(algorithm->ImputationCount(), 1);
   EXPECT_EQ(algorithm->TermCount(), 2);
+}
+
+TEST(MPRubinAlgorithm, MalformedCovarianceMatricesAreRejected) {
+  struct Case {
+    const char* what;
+    std::vector<double> covariances;
+    long code;
+  };
+  const std::vector<Case> cases = {
+      {"wrong size", {1, 0, 0}, MPError::kCovarianceMismatch},
+      {"not symmetric", {1, 0.5, 0.4, 1}, MPError::kCovarianceMismatch},
+      {"negative variance", {1, 0, 0, -1}, MPError::kNegativeStandardError},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    std::unique_ptr<MPCompAlgorithm> algorithm = MPFactory::CreateMPCompAlgorithm();
+    MPParamContainer params;
+    params.Estimates() = {1, 2};
+    params.Covariances() = c.covariances;
+    EXPECT_EQ(algorithm->AddImputation(params).GetErrorCode(), c.code);
+  }
 }
 
 TEST(MPRubinAlgorithm, EstimatesOnlyPoolMeanAndBetweenVarianceButNoVarianceStatistics) {

@@ -1,3 +1,4 @@
+#include <cmath>
 
 #include <gtest/gtest.h>
 
@@ -23,6 +24,23 @@ TEST(OmDataValues, DisplayModeChoosesValueLabelOrBoth) {
   EXPECT_EQ(s.Text(), "Berlin [B]");
   s.setDisplayMode(1);
   EXPECT_EQ(s.Text(), "B");
+}
+
+TEST(OmCellTextCompare, DifferentKindsAreNeverEqual) {
+  OmStringCell s("1");
+  OmNumber n(1);
+  EXPECT_NE(s.Compare(n), 0);
+  EXPECT_EQ(s.Compare(n), -n.Compare(s));
+  EXPECT_FALSE(s.Equals(n));
+  EXPECT_NE(s.TypeIdentity(), n.TypeIdentity());
+}
+
+TEST(OmCellTextCompare, NumbersOrderByValueWithNaNLast) {
+  EXPECT_LT(OmNumber(1).Compare(OmNumber(2)), 0);
+  EXPECT_EQ(OmNumber(0.0).Compare(OmNumber(-0.0)), 0);
+  EXPECT_EQ(OmNumber(0.0).Hash(), OmNumber(-0.0).Hash());
+  EXPECT_GT(OmNumber(NAN).Compare(OmNumber(1e300)), 0);
+  EXPECT_EQ(OmNumber(NAN).Compare(OmNumber(NAN)), 0);
 }
 
 TEST(OmStringCellUTF8, HoldsOneToThreeTextsAndShowsTheFirst) {

@@ -17,6 +17,20 @@ TEST(OmComposite, MissingArgumentsAreDroppedOrKept) {
             "ten1");
 }
 
+TEST(OmComposite, CloneIsIndependentAndKeepsAnOpenList) {
+  OmComposite c("^1", false);
+  c.BeginRepeatList();
+  c.Add(OmStringCell("a"));
+  auto copy = c.Clone();
+  auto& cc = static_cast<OmComposite&>(*copy);
+  EXPECT_TRUE(cc.InRepeatList());
+  cc.Add(OmStringCell("b"));
+  cc.EndRepeatList();
+  EXPECT_EQ(cc.SubstitutedText(), "a, b");
+  EXPECT_EQ(c.SubstitutedText(), "a");
+  EXPECT_NE(c.Compare(cc), 0);
+}
+
 TEST(OmComposite, EndWithoutBeginFails) {
   OmComposite c("x", false);
   EXPECT_THROW(c.EndRepeatList(), OMSException);

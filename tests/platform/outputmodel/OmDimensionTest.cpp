@@ -1,6 +1,9 @@
 #include "platform/outputmodel/OmDimension.h"
 
+
 #include <gtest/gtest.h>
+
+#include "platform/errors/OMSException.h"
 
 #include "platform/outputmodel/OmNumDataValue.h"
 #include "platform/outputmodel/OmNumber.h"
@@ -55,6 +58,20 @@ TEST(OmDimensionNode, FindCategoryTextAnswersAsFindChildWithAStringCell) {
     EXPECT_EQ(root->FindCategoryText("Mean"), 3);
     EXPECT_EQ(root->FindCategoryText("N"), 4);
   }
+}
+
+TEST(OmDimension, DeleteRemovesTheSubtreeButNeverTheRoot) {
+  OmDimension dim(S("d"));
+  auto* g = dim.Child(&dim.Root(), -1, S("g"), true);
+  dim.Child(g, -1, S("a"), false);
+  dim.Child(&dim.Root(), -1, S("b"), false);
+  dim.Delete(g);
+  EXPECT_EQ(dim.Root().NChildren(), 1u);
+  EXPECT_EQ(dim.Size(), 2);  // leaf indices are not reused
+  EXPECT_THROW(dim.Delete(&dim.Root()), OMSException);
+  OmDimension other(S("o"));
+  auto* foreign = other.Child(&other.Root(), -1, S("f"), false);
+  EXPECT_THROW(dim.Delete(foreign), OMSException);
 }
 
 TEST(OmDimensionNode, OrderIsNumericForNumbersAndCollatedForText) {

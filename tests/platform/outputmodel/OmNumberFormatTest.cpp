@@ -1,5 +1,7 @@
 #include "platform/outputmodel/OmNumberFormat.h"
 
+#include <cmath>
+
 #include <gtest/gtest.h>
 
 #include "platform/outputmodel/OmNumber.h"
@@ -37,6 +39,13 @@ TEST(OmNumberFormat, TooWideFallsBackToScientificThenAsterisks) {
   EXPECT_EQ(F(123456.789, 5, 8, 2), "1.23E+05");
   EXPECT_EQ(F(123456.789, 5, 3, 2), "***");
   EXPECT_EQ(F(123456.789, 5, 0, 2), "123456.79");  // width 0: no limit
+}
+
+TEST(OmNumberFormat, SpecialValues) {
+  EXPECT_EQ(OmNumberFormat::Format(-1.7976931348623157e308, 0x2050008), ".");
+  EXPECT_EQ(OmNumberFormat::Format(NAN, 0x2050008), "NaN");
+  EXPECT_EQ(OmNumberFormat::Format(INFINITY, 0x2050008), "Inf");
+  EXPECT_EQ(OmNumberFormat::Format(-INFINITY, 0x2050008), "-Inf");
 }
 
 }  // namespace

@@ -48,6 +48,21 @@ TEST(OmOutputTree, ReleaseHandsALeafsPartOver) {
   EXPECT_EQ(gDestroyed, 1);
 }
 
+TEST(OmOutputTree, MovingBetweenTreesTransfersOwnership) {
+  gDestroyed = 0;
+  OmOutputTree out;
+  {
+    OmOutputTree proc;
+    auto p = proc.AppendUnderRoot(std::make_unique<CountedHeading>("proc"));
+    proc.Append(p, std::make_unique<CountedHeading>("table"));
+    out.Move(out.Root().ChildEnd(), p, proc.End());
+    EXPECT_EQ(proc.Size(), 1u);
+  }
+  EXPECT_EQ(gDestroyed, 0);
+  EXPECT_EQ(out.Size(), 3u);
+  EXPECT_EQ(out.Count<OmHeading>(), 2u);
+}
+
 class PartRecorder : public OmOutputPart::Visitor {
 public:
   std::string seen;
@@ -57,5 +72,21 @@ public:
   void Visit(OmTextBlock&) override { seen += "X"; }
   void Visit(OmChart&) override { seen += "C"; }
 };
+
+TEST(Amputate, AppendsATitledBlockUnderTheProcedure) {
+  OmOutputTree tree;
+  auto proc = tree.AppendUnderRoot(std::make_unique<OmProcedure>(OmStringCell("Freq"), "en", "UTF-8", "en"));
+  auto heading = tree.Append(proc, std::make_unique<OmHeading>(OmStringCell("h")));
+  tree.Append(heading, std::make_unique<OmPivotTable>(OmStringCell("t"), OmStringCell("t")));
+  auto node = Amputate(proc, OmStringCell("Output Missing", true), "UTF-8");
+  auto* block = dynamic_cast<OmTextBlock*>(node.Value());
+  ASSERT_NE(block, nullptr);
+  EXPECT_EQ(block->LabelText(), "Output Missing");
+  EXPECT_EQ(block->CodePage(), "UTF-8");
+  EXPECT_EQ(node.Parent(), proc);
+  EXPECT_EQ(tree.Size(), 5u);
+  EXPECT_EQ(tree.Last(), node);
+  EXPECT_THROW(Amputate(tree.End(), OmStringCell("x"), ""), OMSException);
+}
 
 }  // namespace

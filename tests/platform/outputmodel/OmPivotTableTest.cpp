@@ -1,5 +1,6 @@
 #include "platform/outputmodel/OmPivotTable.h"
 
+
 #include <gtest/gtest.h>
 
 #include "platform/errors/OMSException.h"
@@ -28,6 +29,19 @@ TEST(OmPivotTable, DimensionsAreFoundByTheirLabel) {
   EXPECT_EQ(t.NDimensions(), 2);
   EXPECT_THROW(t.Dimension(2), OMSException);
   EXPECT_THROW(t.Dimension(-1), OMSException);
+}
+
+TEST(OmPivotTable, AxisListsAreTheTablesOwnAndFillWithMinusOne) {
+  OmPivotTable t(S("t"), S("t"));
+  auto cols = t.Columns();
+  EXPECT_EQ(cols.Fill(), -1);
+  cols.Resize(3);
+  cols[2] = 2;
+  t.Rows().Insert(0, 0);
+  EXPECT_EQ(static_cast<const OmPivotTable&>(t).Columns(), (std::vector<short>{-1, -1, 2}));
+  EXPECT_EQ(static_cast<const OmPivotTable&>(t).Rows(), (std::vector<short>{0}));
+  EXPECT_EQ(t.Axis(2).size(), 0u);
+  EXPECT_THROW(t.Axis(3), OMSException);
 }
 
 TEST(OmPivotTable, BadCoordinatesAreRefused) {
@@ -67,6 +81,28 @@ TEST(OmPivotTable, HoldsAMillionCellsCompactly) {
   EXPECT_EQ(ValueAt(t, {9, 299, 299, 10}), 999999);
   // The store costs well under 100 bytes a cell, index included.
   EXPECT_LT(t.CellIndexBytes() / t.NCells(), 50u);
+}
+
+TEST(OmPivotTable, EqualFootnotesAreStoredOnce) {
+  OmPivotTable t(S("t"), S("t"));
+  OmStringCell star("*");
+  const int a = t.Footnote(OmFootnote(S("Based on 1000 samples")));
+  const int b = t.Footnote(OmFootnote(S("Lower bound")));
+  const int a2 = t.Footnote(OmFootnote(S("Based on 1000 samples")));
+  const int marked = t.Footnote(OmFootnote(S("Lower bound"), &star));
+  const int forced = t.Footnote(OmFootnote(S("Lower bound")), true);
+  EXPECT_EQ(a, 0);
+  EXPECT_EQ(b, 1);
+  EXPECT_EQ(a2, 0);
+  EXPECT_EQ(marked, 2);  // a marker makes it another footnote
+  EXPECT_EQ(forced, 3);
+  EXPECT_EQ(t.Footnote(OmFootnote(S("Lower bound"), &star)), 2);
+  ASSERT_EQ(t.Footnotes().size(), 4u);
+  EXPECT_EQ(t.Footnotes()[2].Marker()->Text(), "*");
+  t.FootnoteAt(0).AddReference();
+  t.FootnoteAt(0).AddReference();
+  EXPECT_EQ(t.Footnotes()[0].RefCount(), 2);
+  EXPECT_THROW(t.FootnoteAt(4), OMSException);
 }
 
 }  // namespace

@@ -54,6 +54,41 @@ TEST(OmTextRenderer, HiddenDimensionLabelsAndCornerText) {
   EXPECT_EQ(out.find("Variables"), std::string::npos);  // the corner text takes its place
 }
 
+TEST(OmTextRenderer, EveryLayerGetsItsOwnBlock) {
+  OmPivotTable t(S("Layered"), S("L"));
+  t.AddDimension(S("Row"));
+  t.AddDimension(OmVariable("sex", "Sex", 2));
+  t.Rows().push_back(0);
+  t.Layers().push_back(1);
+  t.Dimension(0).Child(&t.Dimension(0).Root(), -1, S("r"), false);
+  t.Dimension(1).Child(&t.Dimension(1).Root(), -1, S("Male"), false);
+  t.Dimension(1).Child(&t.Dimension(1).Root(), -1, S("Female"), false);
+  t.Cell({0, 0}, OmNumber(1, 0x50005));
+  t.Cell({0, 1}, OmNumber(2, 0x50005));
+  const std::string all = OmTextRenderer().RenderTable(t);
+  EXPECT_NE(all.find("Sex: Male\n"), std::string::npos);
+  EXPECT_NE(all.find("Sex: Female\n"), std::string::npos);
+  EXPECT_LT(all.find("Sex: Male"), all.find("Sex: Female"));
+  OmTextRenderer::Options first;
+  first.allLayers = false;
+  const std::string one = OmTextRenderer(first).RenderTable(t);
+  EXPECT_EQ(one.find("Sex: Female"), std::string::npos);
+  EXPECT_NE(one.find("(2 layers; only the first is shown)"), std::string::npos);
+  // A layer whose categories are hidden (a split kept at one value) prints no layer line.
+  t.Dimension(1).setDisplayFlags(true, true);
+  const std::string hidden = OmTextRenderer(first).RenderTable(t);
+  EXPECT_EQ(hidden.find("Male"), std::string::npos) << hidden;
+  EXPECT_EQ(hidden.find("Sex"), std::string::npos) << hidden;
+}
+
+TEST(OmTextRenderer, FootnoteMarkersRunThroughTheAlphabet) {
+  OmPivotTable t(S("t"), S("t"));
+  EXPECT_EQ(OmTextRenderer::FootnoteMarker(t, 0), "a");
+  EXPECT_EQ(OmTextRenderer::FootnoteMarker(t, 25), "z");
+  EXPECT_EQ(OmTextRenderer::FootnoteMarker(t, 26), "aa");
+  EXPECT_EQ(OmTextRenderer::FootnoteMarker(t, 27), "ab");
+}
+
 TEST(OmTextRenderer, OutlineIndentsByLevelAndSkipsExcludedParts) {
   OmOutputTree tree;
   tree.AppendUnderRoot(std::make_unique<OmPageTitle>("UTF-8"));

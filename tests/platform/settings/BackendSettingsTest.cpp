@@ -24,6 +24,31 @@ TEST(BackendSettingsTest, EachCallStartsFromTheDefaults) {
   EXPECT_EQ(Summary(settings), "||de|UTF-8|en_US|1|0|0|0");
 }
 
+TEST(BackendSettingsTest, MalformedNumbersNameTheKeyAndLine) {
+  const struct {
+    const char* text;
+    const char* key;
+    double line;
+  } cases[] = {
+      {"maxcells=12a", "maxcells", 1},         {"procedure=x\nmaxcells=", "maxcells", 2},
+      {"maxcells=-1", "maxcells", 1},          {"maxcells= 5", "maxcells", 1},
+      {"MaxCells=99999999999", "maxcells", 1}, {"\n\nunicode=yes", "unicode", 3},
+      {"bootstrapped=2", "bootstrapped", 1},   {"fasttables=", "fasttables", 1},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    BackendSettings settings;
+    try {
+      settings.setSettings(c.text);
+      ADD_FAILURE() << "accepted";
+    } catch (const OMSException& e) {
+      EXPECT_EQ(e.Message(),
+                std::string("BackendSettings::setSettings -- malformed value for key ") + c.key);
+      EXPECT_EQ(e.Value1(), c.line);
+    }
+  }
+}
+
 TEST(BackendSettingsTest, FailedParseKeepsTheEarlierSettings) {
   BackendSettings settings;
   settings.setSettings("procedure=Kept\nmaxcells=7\n");

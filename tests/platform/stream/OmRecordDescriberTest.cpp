@@ -88,4 +88,16 @@ TEST(OmRecordDescriberTest, UnknownCodesShowTheirFirstBytes) {
   EXPECT_EQ(describer.Describe(260, nullptr, 0), "code (260) 0 bytes:");
 }
 
+TEST(OmRecordDescriberTest, ExtraBytesAndContinuedStringsAreMarked) {
+  OmStreamWriter writer;
+  writer.Record(static_cast<std::int16_t>(MessageCode::IPC_BEGIN_NODE),
+                std::string_view("\x01\0\0\0\x09\x09", 6));
+  writer.String(1, std::string(40000, 's'), 0);
+  OmRecordDescriber describer;
+  EXPECT_EQ(describer.Describe(writer.Records()[0]),
+            "IPC_BEGIN_NODE (278) 6 bytes: cell=1 (+2 extra bytes)");
+  EXPECT_TRUE(Contains(describer.Describe(writer.Records()[1]), "(continued)"));
+  EXPECT_FALSE(Contains(describer.Describe(writer.Records()[2]), "(continued)"));
+}
+
 } // namespace

@@ -1,6 +1,7 @@
 #include "platform/strings/icuTracker.h"
 
 #include <gtest/gtest.h>
+
 #include "platform/errors/OMSException.h"
 #include "platform/strings/CodePage.h"
 
@@ -23,6 +24,14 @@ TEST(icuTracker, ReadsPosixLocaleTexts) {
                "de@collation=phonebook");
   EXPECT_STREQ(icuTracker(true, "").GetLocale().getName(), "");
   EXPECT_EQ(icuTracker(true, "en_US").LocaleName(), "en_US");
+}
+
+TEST(icuTracker, RejectsMalformedLocalesAndUnknownCodeSets) {
+  EXPECT_THROW(icuTracker(true, "de DE"), OMSException);
+  EXPECT_THROW(icuTracker(true, "de_DE."), OMSException);
+  EXPECT_THROW(icuTracker(true, "de_DE@eu ro"), OMSException);
+  EXPECT_THROW(icuTracker(false, "de_DE.no-such-set"), OMSException);
+  EXPECT_THROW(icuTracker(false, "de_DE.UTF-16"), OMSException);
 }
 
 TEST(icuTracker, ComparesTextsOfItsCodePageInTheLanguagesOrder) {

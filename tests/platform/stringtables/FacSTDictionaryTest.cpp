@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
+#include "platform/errors/OMSException.h"
 #include "platform/stringtables/PathFactory.h"
 #include "tests/platform/stringtables/TempTables.h"
 
@@ -40,6 +42,26 @@ protected:
 };
 
 }  // namespace
+
+TEST_F(FacSTDictionaryTest, LocationIsALanguageFolderATableFileOrARootReadAsEnglish) {
+  EXPECT_EQ(FacSTDictionary(_tables.Path("lang/de")).LookUp("Bias"), "Verzerrung");
+  EXPECT_EQ(FacSTDictionary(_tables.Path("lang/de/")).LookUp("Bias"), "Verzerrung");
+  EXPECT_EQ(FacSTDictionary(_de).LookUp("Bias"), "Verzerrung");
+  FacSTDictionary root(_tables.Root());
+  ASSERT_TRUE(root.HasTable());
+  EXPECT_EQ(root.LookUp("Lower"), "Lower");
+  EXPECT_EQ(root.LookUp("Mean"), "Mean");  // only German has it
+}
+
+TEST_F(FacSTDictionaryTest, TableFileThatIsAFolderIsAnError) {
+  std::filesystem::create_directories(_tables.Path("lang/ru/omfactory.stt"));
+  try {
+    FacSTDictionary dictionary(_tables.Path("lang/ru"));
+    FAIL() << "no exception";
+  } catch (const OMSException& e) {
+    EXPECT_NE(e.Message().find("omfactory.stt is not a file"), std::string::npos) << e.what();
+  }
+}
 
 TEST_F(FacSTDictionaryTest, CopiesShareTheTableButSelectProceduresOnTheirOwn) {
   FacSTDictionary original(_tables.Path("lang/de"));

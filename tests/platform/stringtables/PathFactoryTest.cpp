@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+
+#include "platform/errors/OMSException.h"
 #include "platform/stringtables/FacSTDictionary.h"
 #include "tests/platform/stringtables/TempTables.h"
 
@@ -19,6 +21,17 @@ protected:
 };
 
 }  // namespace
+
+TEST_F(PathFactoryTest, OnlyTheStringTableKindExists) {
+  EXPECT_EQ(&PathFactory::getPathInstance(3), &_paths);
+  try {
+    PathFactory::getPathInstance(7);
+    FAIL() << "no exception";
+  } catch (const OMSException& e) {
+    EXPECT_EQ(e.Message(), "PathFactory::getPathInstance -- unknown path kind");
+    EXPECT_EQ(e.Value1(), 7);
+  }
+}
 
 TEST_F(PathFactoryTest, FullPathJoinsRootAndFolderAndMakesTheFolderCurrent) {
   PathFactory::SetRoot("/srv/tables");

@@ -28,6 +28,19 @@ const StringTableEntry& Global(const StringTable& table, const std::string& key)
 
 }  // namespace
 
+TEST(StringTableParse, CommentsBlankLinesCarriageReturnsAndByteOrderMarkAreSkipped) {
+  StringTable table = Parse(
+      "\xEF\xBB\xBF# a comment\r\n"
+      "\r\n"
+      "\n"
+      "Log\tProtokoll\r\n"
+      "Notes\tAnmerkungen");  // no final line break
+  EXPECT_EQ(Global(table, "Log")._translation, "Protokoll");
+  EXPECT_EQ(Global(table, "Notes")._translation, "Anmerkungen");
+  EXPECT_EQ(Global(table, "Notes")._line, 5);
+  EXPECT_EQ(table.Global().Entries().size(), 2u);
+}
+
 TEST(StringTableParse, EscapesStandForTabNewlineBackslashHashAndBracket) {
   StringTable table = Parse(
       "a\\tb\tx\\ny\n"
@@ -38,6 +51,15 @@ TEST(StringTableParse, EscapesStandForTabNewlineBackslashHashAndBracket) {
   EXPECT_EQ(Global(table, "^1\\% CI")._translation, "^1\\% KI");
   EXPECT_EQ(Global(table, "#1")._translation, "[Nr. 1]");
   EXPECT_EQ(Global(table, "[x]")._translation, "y");
+}
+
+TEST(StringTableParse, ExactSectionSearchIsCaseSensitiveLooseSearchIgnoresCaseAndBlanks) {
+  StringTable table = Parse("[procedure Non Par Corr]\nx\ty\n");
+  EXPECT_EQ(table.FindSection("non par corr"), nullptr);
+  EXPECT_EQ(table.FindSection(" Non Par Corr"), nullptr);
+  EXPECT_NE(table.FindSectionLoosely("  NON PAR corr "), nullptr);
+  EXPECT_EQ(table.FindSectionLoosely("NONPARCORR"), nullptr);
+  EXPECT_EQ(table.FindSectionLoosely(""), nullptr);
 }
 
 TEST(StringTableParse, EmptyTextGivesAnEmptyGlobalSection) {

@@ -95,6 +95,16 @@ TEST(OmBootCalculatorTest, InconsistentListsAreSizeMismatches) {
   }
 }
 
+TEST(OmBootCalculatorTest, AMissingReplicateLeavesEveryResultUncomputable) {
+  const std::vector<double> replicates{1.0, kSysMiss, 3.0}, errors{0.5, 0.5, 0.5}, none;
+  const OmBootCalculator::JackknifeList jackknife;
+  const OmBootCalculator calc(replicates, errors, none, jackknife, 0, 0, 2.0, 0.5);
+  EXPECT_EQ(calc.Bias(), kSysMiss);
+  EXPECT_EQ(calc.StandardError(), kSysMiss);
+  EXPECT_EQ(calc.ConfidenceInterval(95.0), std::make_pair(kSysMiss, kSysMiss));
+  EXPECT_EQ(calc.Significance(2, 0.0), -1.0);
+}
+
 // "Statistics" (Mean, Std. Error) x "Var" (a, b) x split 0 .. 1000 with Mean of a at value k.
 struct FullTable : StatTable {
   FullTable() : StatTable(1000) {
@@ -136,6 +146,40 @@ TEST(ReplicateCollectorTest, AReplicateThatLacksARequiredCellIsLeftOutForTheWhol
   ReplicateCollector fresh(*b, split, 3, 0, {}, {params});
   ASSERT_TRUE(fresh.Collect({0, 0, 0}, {}));
   EXPECT_TRUE(fresh.Replicates().empty());
+}
+
+TEST(ReplicateCollectorTest, JackknifeValuesComeFromTheSamplesAfterTheBootstrapSamples) {
+  // 3 bootstrap samples (split 1 .. 3), then 4 jackknife samples (split 4 .. 7) in two ranges.
+  struct Case {
+    const char* name;
+    std::vector<std::uint32_t> boundaries;
+    std::vector<int> emptySplits;  // splits without a cell for the statistic
+    bool complete;
+    std::uint32_t start, end;
+    std::vector<double> values;
+  };
+  const Case cases[] = {
+      {"one range of all", {}, {}, true, 0, 4, {14, 15, 16, 17}},
+      {"first range", {2, 4}, {}, true, 0, 2, {14, 15}},
+      {"second range when the first has no cell", {2, 4}, {4}, true, 2, 4, {16, 17}},
+      {"a gap inside the range", {4}, {6}, false, 0, 0, {}},
+      {"a boundary past the jackknife list", {5}, {}, false, 0, 0, {}},
+      {"boundaries going backwards", {2, 1}, {4}, false, 0, 0, {}},
+      {"no range with a cell", {2, 4}, {4, 6}, false, 0, 0, {}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    StatTable t(7);
+    Replicates(t.builder, {0, 0, 0}, t.split, 7, [](int k) { return 10.0 + k; });
+    for (int k : c.emptySplits) t.builder->TakeCell({0, 0, k});
+    ReplicateCollector collector(t.Table(), t.split, 3, 4, c.boundaries, {});
+    ASSERT_TRUE(collector.Collect({0, 0, 0}, {}));
+    EXPECT_EQ(collector.Replicates(), (std::vector<double>{11, 12, 13}));
+    EXPECT_EQ(collector.JackknifeComplete(), c.complete);
+    EXPECT_EQ(collector.JackknifeStart(), c.start);
+    EXPECT_EQ(collector.JackknifeEnd(), c.end);
+    EXPECT_EQ(collector.JackknifeValues(), c.values);
+  }
 }
 
 }  // namespace

@@ -19,6 +19,8 @@ namespace {
 using namespace boottest;
 using Node = OmOutputTree::Node;
 
+OmNumDataValue SplitLabel(int k) { return OmNumDataValue(kSplitVariable, "", double(k), mitest::kNoDecimals); }
+
 // A table of "Var" (a, b) x split 0 .. last with a cell at (a, k) for every k in splits.
 std::unique_ptr<OmPivotTable> SplitTable(const OmCellText& label, int last, const std::vector<int>& splits) {
   auto table = std::make_unique<OmPivotTable>(label, OmStringCell("Report"));
@@ -44,6 +46,7 @@ struct Output {
   Output() {
     procedure = list.AppendUnderRoot(std::make_unique<OmProcedure>(OmStringCell("Means"), "English", "UTF-8", "en_US"));
   }
+  Node Heading(Node parent, const OmCellText& label) { return list.Append(parent, std::make_unique<OmHeading>(label)); }
   OmPivotTable* Table(Node parent, std::unique_ptr<OmPivotTable> table) {
     OmPivotTable* raw = table.get();
     list.Append(parent, std::move(table));
@@ -53,6 +56,23 @@ struct Output {
   OmOutputTree list;
   Node procedure;
 };
+
+TEST(OmBootPoolerTest, PatternsAreChosenOnlyWithSpecificationsAndAProcedureName) {
+  Output out;
+  out.Heading(out.procedure, SplitLabel(3));
+  OmPivotTable* table = out.Table(out.procedure, SplitTable(OmStringCell("Report"), 2, {0, 1, 2}));
+  const std::vector<std::string> before = Outline(out.list);
+  OmBootPooler unspecified(out.Name(), out.list, nullptr);
+  EXPECT_TRUE(unspecified.Patterns().empty());
+  EXPECT_EQ(Outline(out.list), before);  // nothing erased
+  table->Accept(unspecified);
+  EXPECT_EQ(table->Size(1), 3);  // nor reduced
+  EXPECT_FALSE(table->Dimension(1).HideLabel());
+
+  const SvrBootstrapSpecs specs = Specs(10);
+  EXPECT_EQ(OmBootPooler(out.Name(), out.list, &specs).Patterns().size(), 1u);  // "Report"
+  EXPECT_TRUE(OmBootPooler(nullptr, out.list, &specs).Patterns().empty());
+}
 
 TEST(OmBootPoolerTest, TablesWithNothingForTheOriginalSampleGoUnlessFootnoted) {
   Output out;

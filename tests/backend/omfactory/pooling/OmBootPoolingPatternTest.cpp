@@ -28,6 +28,7 @@ void Place(OmPivotTable& table, const std::vector<short>& rows, const std::vecto
 }
 
 std::vector<short> Columns(const OmPivotTable& table) { return table.Columns(); }
+std::vector<short> Layers(const OmPivotTable& table) { return table.Layers(); }
 
 std::vector<const OmBootPattern*> ForProcedure(const std::string& procedure) {
   std::vector<const OmBootPattern*> chosen;
@@ -68,6 +69,32 @@ struct CorrTable {
   TableBuilder builder;
   int vars = 0, stats = -1, split = 0;
 };
+
+TEST(OmBootPoolingPattern1Test, ATableMissingSamplesIsMarkedAndLeftUnpooled) {
+  OmBootPoolingPattern1 pattern("Correlations", "Correlations");
+  pattern.SetStatisticsDimension("Statistics");
+  pattern.AddStatistic("Correlation");
+  OmOutputTree list;
+  const SvrBootstrapSpecs specs = Specs(1000);
+  CorrTable complete(1000), shortOne(999);
+  pattern.Pool(*complete.builder, list, &specs);
+  EXPECT_EQ(complete.builder->Size(complete.stats), 2 + 4);
+  EXPECT_TRUE(NotesOf(*complete.builder, complete.builder->Label()).empty());
+
+  const std::size_t cells = shortOne.builder->NCells();
+  EXPECT_FALSE(pattern.Pool(*shortOne.builder, list, &specs));
+  EXPECT_EQ(NotesOf(*shortOne.builder, shortOne.builder->Label()),
+            std::vector<std::string>{"Not all bootstrap results available..."});
+  EXPECT_EQ(shortOne.builder->Size(shortOne.stats), 2);
+  EXPECT_EQ(shortOne.builder->NCells(), cells);
+  // Jackknife samples count towards the categories the table must have.
+  SvrBootstrapSpecs withJackknife = Specs(998);
+  withJackknife.SetJackknifeList({{1.0, 0}, {1.0, 0}});
+  CorrTable jackknifed(1000);
+  pattern.Pool(*jackknifed.builder, list, &withJackknife);
+  EXPECT_TRUE(NotesOf(*jackknifed.builder, jackknifed.builder->Label()).empty());
+  EXPECT_NE(NodeLabelled(jackknifed.builder->Dimension(jackknifed.stats).Root(), "BCa 95% Confidence Interval"), nullptr);
+}
 
 TEST(OmBootPoolingPattern1Test, AddsAStatisticsDimensionWhenTheTableHasNone) {
   OmBootPoolingPattern1 pattern("T-Test", "Correlations");
@@ -123,6 +150,40 @@ struct ParameterTable {
   OmPivotTable* table = nullptr;
   int params = 0, stats = 0, split = 0;
 };
+
+TEST(OmBootPoolingPattern3Test, MakesOneTableAfterTheSourcePerEstimate) {
+  OmBootPoolingPattern3 pattern("UNIANOVA", "Parameter Estimates");
+  pattern.SetStatisticsDimension("Statistics");
+  pattern.AddStatistic("B", "Std. Error");
+  pattern.AddStatistic("t");
+  pattern.AddStatistic("Wald");  // not in the table: no table for it
+  ParameterTable t(40);
+  OmPivotTable& source = *t.table;
+  const SvrBootstrapSpecs specs = Specs(40);
+  EXPECT_TRUE(pattern.Pool(source, t.list, &specs));
+
+  std::vector<std::string> order;
+  for (const OmOutputTree::Node& n : t.heading.Children()) order.push_back(n.Value()->Label()->Text());
+  EXPECT_EQ(order, (std::vector<std::string>{"Parameter Estimates", "Bootstrap for B", "Bootstrap for t", "Later"}));
+  auto* boot = dynamic_cast<OmPivotTable*>(t.heading.Children()[1].Value());
+  ASSERT_NE(boot, nullptr);
+  EXPECT_EQ(boot->TableId(), 500007);
+  EXPECT_EQ(boot->TemplateName().Text(), "Bootstrap");
+  EXPECT_EQ(boot->TableTitle()->Text(), "Bootstrap for B");
+  ASSERT_EQ(boot->NDimensions(), 2);
+  EXPECT_EQ(boot->Dimension(1).Label()->Text(), "Bootstrap Statistics");
+  EXPECT_TRUE(Layers(*boot).empty());
+  EXPECT_EQ(Labels(boot->Dimension(1)),
+            (std::vector<std::string>{"B", "Bootstrap", "Bias", "Std. Error", "Sig. (2-tailed)",
+                                      "95% Confidence Interval", "Lower", "Upper"}));
+  // The estimate is copied, its results beside it; the source keeps its split dimension.
+  EXPECT_EQ(NumberAt(*boot, {1, 0}).Value(), 2.0);
+  EXPECT_NE(boot->Cell({1, CategoryLabelled(*boot, 1, "Sig. (2-tailed)")}), nullptr);
+  EXPECT_EQ(source.NDimensions(), 3);
+  auto* tTable = dynamic_cast<OmPivotTable*>(t.heading.Children()[2].Value());
+  ASSERT_NE(tTable, nullptr);
+  EXPECT_EQ(NodeLabelled(tTable->Dimension(1).Root(), "Sig. (2-tailed)"), nullptr);
+}
 
 TEST(OmBootPoolingPattern3Test, OneEstimateNamesItsTableAfterTheSourceTitle) {
   OmBootPoolingPattern3 pattern("T-Test", "Parameter Estimates");

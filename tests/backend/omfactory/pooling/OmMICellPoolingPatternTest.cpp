@@ -8,6 +8,7 @@
 #include "MITableBuilder.h"
 #include "backend/omfactory/pooling/OmMICellPoolingPattern0.h"
 #include "backend/omfactory/pooling/OmMICellPoolingPattern2.h"
+#include "platform/outputmodel/OmNumber.h"
 
 using mitest::kNoDecimals;
 using mitest::kSysMiss;
@@ -16,6 +17,103 @@ using mitest::NotesAt;
 using mitest::NumberAt;
 using mitest::ScopedMiOutput;
 using mitest::TableBuilder;
+
+namespace {
+
+constexpr const char* kNoVariance = "No variance among imputations.";
+
+std::unique_ptr<OmMICellPoolingPattern> Pattern(const OmMICellPoolingPattern::Labels& labels) {
+  auto pattern = std::make_unique<OmMICellPoolingPattern>("Means", "Report");
+  pattern->SetLabels(labels);
+  return pattern;
+}
+
+// A "Report" table: groups x statistics x imputations 0 .. m.
+struct Report {
+  TableBuilder t{"Report"};
+  int groups;
+  int stats;
+  int imp;
+
+  Report(const std::vector<std::string>& statistics, int m, bool original = true) {
+    groups = t.Dim("Group", {"a", "b"});
+    stats = t.Dim("Statistics", statistics);
+    imp = t.Imputations(m, original);
+  }
+  int Pooled() { return t->Size(imp) - 1; }
+};
+
+}  // namespace
+
+// --- Averaging
+
+TEST(MICellAveraging, MissingImputationsStillDivideByTheNumberOfImputations) {
+  Report r({"N"}, 5);
+  r.t.Number({0, 0, 1}, 4.0);
+  r.t.Number({0, 0, 3}, 5.0);
+  r.t.Number({0, 0, 5}, kSysMiss);  // system-missing counts as missing
+  r.t.Number({0, 0, 4}, 6.0);
+  EXPECT_TRUE(Pattern({.statistics = "Statistics", .averaged = {"N"}})->Pool(*r.t, nullptr));
+  EXPECT_DOUBLE_EQ(NumberAt(*r.t, {0, 0, r.Pooled()}).Value(), 15.0 / 5.0);
+  // Group b has no value in any imputation: a system-missing cell with format 0.
+  const OmNumber& none = NumberAt(*r.t, {1, 0, r.Pooled()});
+  EXPECT_TRUE(none.IsSysMiss());
+  EXPECT_EQ(none.Format(), 0u);
+}
+
+TEST(MICellAveraging, NothingToAverageWithoutImputations) {
+  Report r({"N"}, 0);
+  r.t.Number({0, 0, 0}, 7.0);
+  EXPECT_FALSE(Pattern({.statistics = "Statistics", .averaged = {"N"}})->Pool(*r.t, nullptr));
+  EXPECT_EQ(r.t->NCells(), 1u);
+}
+
+// --- Rubin pooling
+
+TEST(MICellRubin, SignificanceWithoutAnyVarianceIsMissingWithAFootnote) {
+  ScopedMiOutput output(true, true, true, false);
+  Report r({"Value", "Std. Error", "t", "df", "Sig."}, 3);
+  for (int i = 1; i <= 3; ++i) {
+    // Group a: equal estimates and no standard error at all; group b: estimates that vary.
+    r.t.Number({0, 0, i}, 2.0);
+    r.t.Number({0, 1, i}, 0.0);
+    r.t.Number({0, 4, i}, 0.01, 0x3050028);
+    r.t.Number({1, 0, i}, double(i));
+    r.t.Number({1, 1, i}, 0.5);
+    r.t.Number({1, 4, i}, 0.01, 0x3050028);
+  }
+  const auto pattern = Pattern({.statistics = "Statistics",
+                                .full = {.estimate = "Value", .standardError = "Std. Error", .test = "t",
+                                         .df = "df", .significance = "Sig."}});
+  pattern->Pool(*r.t, nullptr);  // reports false: no averaged statistic follows
+  const OmNumber& flat = NumberAt(*r.t, {0, 4, r.Pooled()});
+  EXPECT_TRUE(flat.IsSysMiss());
+  EXPECT_EQ(NotesAt(*r.t, {0, 4, r.Pooled()}), std::vector<std::string>{kNoVariance});
+
+  const mitest::Reference ref = mitest::Pooled({{1.0}, {2.0}, {3.0}}, {{0.5}, {0.5}, {0.5}});
+  const OmNumber& varied = NumberAt(*r.t, {1, 4, r.Pooled()});
+  EXPECT_DOUBLE_EQ(varied.Value(), ref.significance[0]);
+  EXPECT_EQ(varied.Format(), 0x3050028u);
+  EXPECT_TRUE(NotesAt(*r.t, {1, 4, r.Pooled()}).empty());
+  EXPECT_DOUBLE_EQ(NumberAt(*r.t, {1, 2, r.Pooled()}).Value(), ref.estimates[0] / ref.standardErrors[0]);
+}
+
+TEST(MICellRubin, FailedComputationLeavesItsErrorOnThatEstimateOnly) {
+  ScopedMiOutput output(true, true, true, false);
+  Report r({"Mean", "Std. Error"}, 2);
+  r.t.Number({0, 0, 1}, 1.0);  // one imputation only: too few to combine
+  for (int i = 1; i <= 2; ++i) {
+    r.t.Number({1, 0, i}, 2.0 * i - 1.0);
+    r.t.Number({1, 1, i}, 0.5);
+  }
+  Pattern({.statistics = "Statistics", .pair = {"Mean", "Std. Error"}})->Pool(*r.t, nullptr);
+  const OmCellText* failed = r.t->Cell({0, 0, r.Pooled()});
+  ASSERT_NE(failed, nullptr);
+  EXPECT_EQ(NotesAt(*r.t, {0, 0, r.Pooled()}).size(), 1u);
+  EXPECT_DOUBLE_EQ(NumberAt(*r.t, {1, 0, r.Pooled()}).Value(), 2.0);
+}
+
+// --- Matching
 
 // --- Every cell averaged
 

@@ -9,6 +9,7 @@
 #include "MITableBuilder.h"
 #include "platform/mipool/PoolingErrors.h"
 #include "platform/outputmodel/OmComposite.h"
+#include "platform/outputmodel/OmFootnote.h"
 #include "platform/outputmodel/OmNumber.h"
 
 using mitest::NotesAt;
@@ -71,6 +72,25 @@ TEST(MIColumnPooling, ModelsWhoseTermsVaryAreNotPooledAndTheTitleSaysSo) {
   EXPECT_FALSE(c.Pool());
   EXPECT_EQ(NotesOf(*c.t, c.t->TableTitle()), std::vector<std::string>{"Models not pooled - terms vary..."});
   EXPECT_EQ(c.t->Size(c.imp), 4);  // no "Pooled" category
+}
+
+TEST(MIColumnPooling, RedundantParameterKeepsItsNoteAndHasNoExpB) {
+  Coefficients c({"(Constant)", "x"}, 2);
+  const int note = c.t->Footnote(OmFootnote(OmStringCell(kRedundant, true)), false);
+  for (int i = 1; i <= 2; ++i) {
+    c.Term(0, i, 1.0 * i, 0.2);
+    c.t.Number({1, c.B, i}, 0.0);
+    c.t.Number({1, c.SE, i}, 0.0);
+    c.t->Cell({1, c.B, i})->Footnote(std::int16_t(note));
+  }
+  EXPECT_TRUE(c.Pool());
+  const int p = c.Pooled();
+  EXPECT_EQ(NotesAt(*c.t, {1, c.B, p}), std::vector<std::string>{kRedundant});
+  EXPECT_TRUE(NotesAt(*c.t, {0, c.B, p}).empty());
+  EXPECT_TRUE(NumberAt(*c.t, {1, c.ExpB, p}).IsSysMiss());
+  EXPECT_DOUBLE_EQ(NumberAt(*c.t, {0, c.ExpB, p}).Value(), std::exp(1.5));
+  // No "No variance" note on the redundant term's missing significance.
+  EXPECT_TRUE(NotesAt(*c.t, {1, c.Sig, p}).empty());
 }
 
 // --- Correlation columns, pooled on the Fisher z scale

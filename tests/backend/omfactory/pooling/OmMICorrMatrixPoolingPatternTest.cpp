@@ -100,6 +100,28 @@ TEST(MICorrMatrix, TwoTailedTablesGetTheTwoTailedNoteOfThePooledSignificance) {
   EXPECT_EQ(NotesAt(*m.t, {0, 1, Matrix::R, m.Pooled()}), std::vector<std::string>{kLabels.note01TwoTailed});
 }
 
+TEST(MICorrMatrix, OneTailedTablesHalveThePAndNoteBetweenTwoAndTenPercent) {
+  Matrix m(2, true);
+  const std::vector<double> rs{0.30, 0.24}, ns{50, 50};
+  m.Coefficients(rs, ns);
+  m.Note(1, kLabels.note05OneTailed, "*");
+  const double p = FisherReference(rs, ns).significance[0];
+  ASSERT_GT(p, 0.02);
+  ASSERT_LE(p, 0.1);
+  m.Pool();
+  EXPECT_NEAR(NumberAt(*m.t, {0, 1, Matrix::Sig, m.Pooled()}).Value(), p * 0.5, 1e-12);
+  EXPECT_EQ(NotesAt(*m.t, {0, 1, Matrix::R, m.Pooled()}), std::vector<std::string>{kLabels.note05OneTailed});
+}
+
+TEST(MICorrMatrix, SignificanceWithoutAnyNSaysItNeedsN) {
+  Matrix m(2, false, false);
+  m.Coefficient(1, 0.5, 0);
+  m.Coefficient(2, 0.3, 0);
+  m.Pool();
+  EXPECT_TRUE(NumberAt(*m.t, {0, 1, Matrix::Sig, m.Pooled()}).IsSysMiss());
+  EXPECT_EQ(NotesAt(*m.t, {0, 1, Matrix::Sig, m.Pooled()}), std::vector<std::string>{Pattern::kNeedsN});
+}
+
 TEST(MICorrMatrix, MissingCorrelationInAnImputationLeavesTheErrorOnThePooledCell) {
   Matrix m(2, false);
   m.Coefficient(1, 0.5, 30);

@@ -8,7 +8,12 @@
 
 #include "MITableBuilder.h"
 #include "backend/omfactory/pooling/MIPoolingPatterns.h"
+#include "backend/omfactory/pooling/OmMICellPoolingPattern.h"
+#include "backend/omfactory/pooling/OmMICellPoolingPattern0.h"
+#include "backend/omfactory/pooling/OmMICellPoolingPattern2.h"
+#include "backend/omfactory/pooling/OmMIColumnPoolingPattern.h"
 #include "backend/omfactory/pooling/OmMIPattern.h"
+#include "platform/outputmodel/OmNumDataValue.h"
 #include "platform/outputmodel/OmTextBlock.h"
 
 using mitest::NotesOf;
@@ -45,6 +50,8 @@ struct Report {
 const OmStringCell kMeans("Means", true);
 
 }  // namespace
+
+// --- The registry
 
 // --- Choosing the patterns
 
@@ -83,6 +90,26 @@ TEST(MIPooler, NoFlagsDiscardImputedTablesButKeepOtherTablesAndParts) {
   OmTextBlock text(OmStringCell("Notes"), "UTF-8");
   pooler.Visit(text);
   EXPECT_FALSE(pooler.Discard());  // other output parts never go
+}
+
+TEST(MIPooler, PruningPassesOverLaterGroupsOnceSomethingStays) {
+  TableBuilder t("Any");
+  const int d = t->AddDimension(OmStringCell("Imputation Number"));
+  OmDimension& dim = t->Dimension(d);
+  auto group = [&dim](const std::vector<double>& values) {
+    OmDimension::Node g = dim.Child(&dim.Root(), -1, OmStringCell("Group"), true);
+    for (double v : values) dim.Child(g, -1, OmNumDataValue("Imputation_", "", v, mitest::kNoDecimals), false);
+  };
+  group({0.0, 1.0});  // imputation 1 stays
+  group({0.0, 2.0});  // not looked at any more: its original data stays
+  EXPECT_FALSE(OmMIPooler::PruneImputationCategories(dim, &dim.Root(), false, true, false));
+  ASSERT_EQ(dim.Root().NChildren(), 2u);
+  EXPECT_EQ(dim.Root().Child(0)->NChildren(), 1u);
+  EXPECT_EQ(dim.Root().Child(1)->NChildren(), 2u);
+  // Groups stay even when all their categories go.
+  EXPECT_TRUE(OmMIPooler::PruneImputationCategories(dim, &dim.Root(), false, false, false));
+  EXPECT_EQ(dim.Root().NChildren(), 2u);
+  EXPECT_EQ(dim.Root().Child(0)->NChildren(), 0u);
 }
 
 TEST(MIPooler, PoolingPastTheCellLimitMarksTheTitleAndUnscratches) {

@@ -7,6 +7,9 @@
 #include <vector>
 
 #include "MITableBuilder.h"
+#include "platform/outputmodel/OmComposite.h"
+#include "platform/outputmodel/OmNumDataValue.h"
+#include "platform/outputmodel/OmNumber.h"
 #include "platform/outputmodel/OmStringCell.h"
 
 using mitest::TableBuilder;
@@ -15,6 +18,8 @@ using T = OmPoolingTools;
 namespace {
 
 }  // namespace
+
+// --- Finding dimensions
 
 // --- Finding categories
 
@@ -34,7 +39,62 @@ TEST(PoolingToolsCategories, LabelPathFindsCategoryInsideNamedGroupThroughUnname
   EXPECT_EQ(T::FindMatchingCategory(std::string(""), &dim.Root()), -1);
 }
 
+TEST(PoolingToolsCategories, FindSearchesSiblingsDepthFirstUpToTheEnd) {
+  TableBuilder t("Any");
+  const int d = t.Dim("Statistics", {"A"});
+  t.Group(d, "G", {"B", "C"});
+  t.Category(d, "D");
+  const OmDimensionNode& root = t->Dimension(d).Root();
+  const OmDimensionNode* a = root.Child(0);
+  const OmDimensionNode* g = root.Child(1);
+  const OmDimensionNode* last = root.Child(2);
+  const OmStringCell c("C"), dLabel("D"), gLabel("G");
+  EXPECT_EQ(T::Find(a, nullptr, &c), g->Child(1));
+  EXPECT_EQ(T::Find(a, nullptr, &gLabel), g);
+  EXPECT_EQ(T::Find(a, g, &c), g);  // C lies inside the end node: not in the range
+  EXPECT_EQ(T::Find(a, nullptr, &dLabel), last);
+  EXPECT_EQ(T::Find(g, nullptr, nullptr), nullptr);
+}
+
+TEST(PoolingToolsCategories, ConfidenceIntervalGroupNeedsExactlyTwoBounds) {
+  TableBuilder t("Any");
+  const int d = t.Dim("Statistics", {});
+  t.Group(d, "Interval", {"Lower", "Middle", "Upper"});
+  int a = 5, b = 5;
+  double level = 0;
+  EXPECT_FALSE(T::FindCI(t->Dimension(d), "Interval", a, b, level));
+  EXPECT_FALSE(T::FindCI(t->Dimension(d), "Missing", a, b, level));
+  EXPECT_EQ(a, -1);
+  EXPECT_EQ(b, -1);
+  EXPECT_DOUBLE_EQ(level, 0.95);
+}
+
+// --- Adding categories
+
+// --- Footnotes
+
 // --- Bootstrap helpers
+
+TEST(PoolingToolsBootstrap, SplitNumberIsTheOneDigitAfterTheMarkerOrTheWholeDataValue) {
+  OmComposite inner("^1", false);
+  inner.Add(OmStringCell("$bootstrap_split=4"));
+  OmComposite outer("^1 ^2", false);
+  outer.Add(OmStringCell("nothing"));
+  outer.Add(inner);
+  const OmStringCell three("$bootstrap_split=3"), spaced("x $bootstrap_split = 12");
+  const OmStringCell letter("$bootstrap_split= a"), none("bootstrap 3");
+  const OmNumDataValue whole("$bootstrap_split", "", 2.0, mitest::kNoDecimals);
+  const OmNumDataValue fraction("$bootstrap_split", "", 2.5, mitest::kNoDecimals);
+  const OmNumDataValue otherCase("$BOOTSTRAP_SPLIT", "", 2.0, mitest::kNoDecimals);
+  const OmNumber number(2.0);
+  const std::pair<const OmCellText*, int> cases[] = {
+      {&three, 3},     {&spaced, 1},   {&letter, -1},   {&none, -1},      {nullptr, -1},
+      {&outer, 4},     {&whole, 2},    {&fraction, -1}, {&otherCase, -1}, {&number, -1}};
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    SCOPED_TRACE("case " + std::to_string(i));
+    EXPECT_EQ(T::BootstrapSplitNum(cases[i].first), cases[i].second);
+  }
+}
 
 TEST(PoolingToolsBootstrap, DemoteDimensionMovesItToTheFrontInTheCallersStorage) {
   std::vector<short> order{3, 1, 4, 1};
@@ -44,4 +104,6 @@ TEST(PoolingToolsBootstrap, DemoteDimensionMovesItToTheFrontInTheCallersStorage)
   T::DemoteDimension(PuppetVector<short>(order, -1), 1);
   EXPECT_EQ(order, (std::vector<short>{1, 3, 4, 1}));
 }
+
+// --- Statistics
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <typeinfo>
 #include <vector>
 
@@ -40,6 +41,15 @@ TEST_F(ProcedureTreeTest, HeadingsWithEqualTextOfDifferentCellTypesAreDistinct) 
   EXPECT_EQ(PartsOf<OmHeading>(proc->Tree()).size(), 3u);  // the procedure and two headings
 }
 
+// ---- text blocks ----------------------------------------------------------------------------
+
+TEST_F(ProcedureTreeTest, EmptyLineIsStoredAndAMissingTextWithALengthIsRefused) {
+  auto proc = Begin();
+  proc->PrintLine(nullptr, 0);
+  EXPECT_EQ(PartsOf<OmTextBlock>(proc->Tree()).at(0)->Lines(), std::vector<std::string>{""});
+  EXPECT_THROW(proc->PrintLine(nullptr, 3), OMSException);
+}
+
 // ---- heading footnotes ----------------------------------------------------------------------
 
 TEST_F(ProcedureTreeTest, HeadingFootnotesReachANewTableRootMostFirst) {
@@ -54,6 +64,25 @@ TEST_F(ProcedureTreeTest, HeadingFootnotesReachANewTableRootMostFirst) {
   EXPECT_EQ(table.Footnotes()[0].Text().Text(), "Outer note");
   EXPECT_EQ(table.Footnotes()[1].Text().Text(), "Inner note");
   EXPECT_EQ(table.Label()->Footnotes(), (std::vector<std::int16_t>{0, 1}));
+}
+
+TEST_F(ProcedureTreeTest, AnnotateHeadingAtTheRootThrowsBadCast) {
+  auto proc = Begin();
+  proc->EndNode();
+  EXPECT_THROW(proc->AnnotateHeading(OmFootnote(Text("x"))), std::bad_cast);
+}
+
+// ---- split tables ---------------------------------------------------------------------------
+
+TEST_F(ProcedureTreeTest, SplitSetterOnATableWithoutBuilderFails) {
+  OmPivotTable table(Text("T"), Text("S"), true);
+  OmProcedureFactory::TableSplitSetter setter(Text("Gender"), Text("Female"), false);
+  try {
+    table.Accept(setter);
+    FAIL() << "no exception";
+  } catch (const OMSException& e) {
+    EXPECT_EQ(e.Message(), "TableSplitSetter::Visit -- hint doesn't exist");
+  }
 }
 
 // ---- after the end --------------------------------------------------------------------------
