@@ -7,13 +7,13 @@
 #include <string>
 
 #include "platform/bootspecs/SvrBootstrapSpecs.h"
+#include "platform/outputmodel/OmNumber.h"
 #include "tools/examplegen/OmExampleStreams.h"
 #include "tools/examplegen/OmExampleWriter.h"
 
 namespace {
 
 constexpr std::uint8_t kTable = 3;
-constexpr int kSamples = 1000;
 constexpr const char* kSplit = "$bootstrap_split";
 
 constexpr auto F = OmExampleF;
@@ -48,7 +48,8 @@ private:
 // just before it, so a label is written again every time it is used.
 class Writer : public OmExampleWriter {
 public:
-  using OmExampleWriter::OmExampleWriter;
+  Writer(OmStreamWriter& out, int samples, int missingEvery)
+      : OmExampleWriter(out), _samples(samples), _missingEvery(missingEvery) {}
 
   std::int32_t Split() {
     _out.Variable(Next(), 2, kSplit, "");
@@ -65,7 +66,8 @@ public:
 
   // Descriptive Statistics: the split dimension in the layers, the variables down, the
   // statistics across. Each bootstrap sample's mean and standard deviation scatter around the
-  // original sample's by their sampling error.
+  // original sample's by their sampling error. With missingEvery, the income standard deviation
+  // of every missingEvery-th sample is system-missing (a statistic undefined in some samples).
   void Descriptives() {
     const std::int32_t title = Text("Descriptive Statistics");
     _out.BeginTable(kTable, title, Text("Descriptive Statistics", 1));
@@ -74,7 +76,7 @@ public:
     _out.PlaceDimension(kTable, Text("Statistics"), 1, 1, 1, 0);
     _out.CellDimension(kTable, Text("Statistics"));
     Draws draws;
-    for (int k = 0; k <= kSamples; ++k) {
+    for (int k = 0; k <= _samples; ++k) {
       const std::int32_t category = SplitValue(k);
       _out.Category(kTable, category, Split());
       for (const Variable& v : kVariables) {
@@ -85,7 +87,8 @@ public:
         const double sd = k == 0 ? v.sd : v.sd * (1.0 + draws.Normal() / std::sqrt(2.0 * kN));
         Cell(kN, F(0), "N");
         Cell(mean, F(2), "Mean");
-        Cell(sd, F(2), "Std. Deviation");
+        const bool missing = _missingEvery > 0 && k > 0 && k % _missingEvery == 0 && v.mean > 50.0;
+        Cell(missing ? OmNumber::kSysMiss : sd, F(2), "Std. Deviation");
       }
     }
     _out.EndTable(kTable);
@@ -94,7 +97,7 @@ public:
   // "Valid Cases": one case summary per split, titled with its split.
   void CaseSummaries() {
     _out.BeginNode(Text("Valid Cases"));
-    for (int k = 0; k <= kSamples; ++k) {
+    for (int k = 0; k <= _samples; ++k) {
       const std::int32_t title = SplitValue(k);
       _out.BeginTable(kTable, title, Text("Case Summary", 1));
       _out.PlaceDimension(kTable, Text("Statistics"), 1, 1, 1, 0);
@@ -104,27 +107,34 @@ public:
     }
     _out.EndNode();
   }
+
+private:
+  int _samples;
+  int _missingEvery;
 };
 
 }  // namespace
 
-OmStreamWriter OmExampleStreams::BootstrapDescriptives() {
+OmStreamWriter OmExampleStreams::BootstrapDescriptives(std::string_view language,
+                                                       std::string_view code, int samples,
+                                                       int missingEvery) {
   OmStreamWriter out;
   out.ByteOrderProbe();
   out.OutputSetting("OVARS", "Labels");
   out.OutputSetting("TVARS", "Labels");
-  out.OutputSetting("OLANG", "English");
-  out.LogLine(0, "BOOTSTRAP /SAMPLING METHOD=SIMPLE /CRITERIA CILEVEL=95 NSAMPLES=1000.");
+  out.OutputSetting("OLANG", language);
+  out.LogLine(0, "BOOTSTRAP /SAMPLING METHOD=SIMPLE /CRITERIA CILEVEL=95 NSAMPLES=" +
+                     std::to_string(samples) + ".");
   out.LogLine(0, "DESCRIPTIVES VARIABLES=age income /STATISTICS=MEAN STDDEV.");
   out.FlushLog();
-  out.BeginProcedure(6, "procedure=Descriptives\ntranslated=Descriptives\nlanguage=en\n"
-                        "codepage=UTF-8\nlocale=en_US\nbootstrapped=1\n");
-  Writer w(out);
+  out.BeginProcedure(6, "procedure=Descriptives\ntranslated=Descriptives\nlanguage=" +
+                            std::string(code) + "\ncodepage=UTF-8\nlocale=en_US\nbootstrapped=1\n");
+  Writer w(out, samples, missingEvery);
   w.Descriptives();
   w.CaseSummaries();
 
   SvrBootstrapSpecs specs;
-  specs.SetNSamples(kSamples);
+  specs.SetNSamples(std::uint32_t(samples));
   specs.SetCILevelPct(95.0);
   specs.SetSamplingMethod(0);
   out.EndProcedure(specs);

@@ -91,20 +91,20 @@ public:
 
 }  // namespace
 
-OmStreamWriter OmExampleStreams::MIRegression() {
+OmStreamWriter OmExampleStreams::MIRegression(std::string_view language, std::string_view code) {
   OmStreamWriter out;
   out.ByteOrderProbe();
   out.OutputSetting("OVARS", "Labels");
   out.OutputSetting("TVARS", "Labels");
   out.OutputSetting("ONUMBERS", "Labels");
   out.OutputSetting("TNUMBERS", "Labels");
-  out.OutputSetting("OLANG", "English");
+  out.OutputSetting("OLANG", language);
   out.OutputSetting("MIOUTPUT", "[observed imputed pooled diagnostics]");
   out.LogLine(0, "REGRESSION /STATISTICS=COEFF CI(95) /DESCRIPTIVES=MEAN STDDEV CORR SIG N");
   out.LogLine(0, "  /DEPENDENT=income /METHOD=ENTER age educ.");
   out.FlushLog();
-  out.BeginProcedure(5, "procedure=Regression\ntranslated=Regression\nlanguage=en\ncodepage=UTF-8\n"
-                        "locale=en_US\n");
+  out.BeginProcedure(5, "procedure=Regression\ntranslated=Regression\nlanguage=" + std::string(code) +
+                            "\ncodepage=UTF-8\nlocale=en_US\n");
   Writer w(out);
 
   w.Table("Descriptive Statistics", {"Variables"});

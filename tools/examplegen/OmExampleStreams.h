@@ -31,11 +31,14 @@ public:
   static OmStreamWriter LogPages();
   // Regression on the original data and five imputations: descriptives, correlations and
   // coefficients tables that the session pools (OmExampleMIRegression.cpp).
-  static OmStreamWriter MIRegression();
+  static OmStreamWriter MIRegression(std::string_view language = "English", std::string_view code = "en");
   // Descriptives with 1000 bootstrap samples: a statistics table with the bootstrap split
   // dimension and one case summary per split, pooled to the original sample
-  // (OmExampleBootstrap.cpp).
-  static OmStreamWriter BootstrapDescriptives();
+  // (OmExampleBootstrap.cpp). missingEvery > 0: every missingEvery-th sample has no income
+  // standard deviation, so its bootstrap results carry the note that not all were available.
+  static OmStreamWriter BootstrapDescriptives(std::string_view language = "English",
+                                              std::string_view code = "en", int samples = 1000,
+                                              int missingEvery = 0);
 
   // Every example, in file-name order.
   static std::vector<Example> All();
