@@ -28,22 +28,6 @@ const Variable kVariables[2] = {{"age", "Age in years", 44.62, 14.18},
                                 {"income", "Household income (thousands)", 58.37, 52.49}};
 constexpr double kN = 400;
 
-// A fixed pseudo-random sequence, so that the stream is the same on every machine.
-class Draws {
-public:
-  double Uniform() {
-    _state = _state * 6364136223846793005ULL + 1442695040888963407ULL;
-    return (double(_state >> 11) + 0.5) / 9007199254740992.0;
-  }
-  double Normal() {
-    const double pi = 3.14159265358979323846;
-    return std::sqrt(-2.0 * std::log(Uniform())) * std::cos(2.0 * pi * Uniform());
-  }
-
-private:
-  std::uint64_t _state = 20260101;
-};
-
 // Writes the procedure's messages; each message takes the cells it names from the slots written
 // just before it, so a label is written again every time it is used.
 class Writer : public OmExampleWriter {
@@ -75,7 +59,7 @@ public:
     _out.PlaceDimension(kTable, Text("Variables"), 1, 0, 0, 0);
     _out.PlaceDimension(kTable, Text("Statistics"), 1, 1, 1, 0);
     _out.CellDimension(kTable, Text("Statistics"));
-    Draws draws;
+    OmExampleDraws draws;
     for (int k = 0; k <= _samples; ++k) {
       const std::int32_t category = SplitValue(k);
       _out.Category(kTable, category, Split());

@@ -386,6 +386,7 @@ std::vector<OmExampleStreams::Example> OmExampleStreams::All() {
   std::vector<Example> all;
   all.push_back({"bootstrap_descriptives", BootstrapDescriptives()});
   all.push_back({"bootstrap_descriptives_de", BootstrapDescriptives("German", "de", 200, 40)});
+  all.push_back({"bootstrap_regression", BootstrapRegression()});
   all.push_back({"crosstabs", Crosstabs()});
   all.push_back({"crosstabs_fr", Crosstabs("French", "fr")});
   all.push_back({"descriptives", Descriptives()});
@@ -393,6 +394,7 @@ std::vector<OmExampleStreams::Example> OmExampleStreams::All() {
   all.push_back({"logpages", LogPages()});
   all.push_back({"mi_regression", MIRegression()});
   all.push_back({"mi_regression_de", MIRegression("German", "de")});
+  all.push_back({"mi_ttest", MITTest()});
   all.push_back({"splitfile", SplitFile()});
   return all;
 }

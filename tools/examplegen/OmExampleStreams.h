@@ -40,6 +40,13 @@ public:
                                               std::string_view code = "en", int samples = 1000,
                                               int missingEvery = 0);
 
+  // An independent-samples t test on the original data and five imputations: group statistics
+  // and the test, pooled (OmExampleTTest.cpp).
+  static OmStreamWriter MITTest();
+  // Regression with 100 bootstrap samples and 20 jackknife samples: descriptives, correlations,
+  // coefficients and model summary, each pooled its own way (OmExampleBootRegression.cpp).
+  static OmStreamWriter BootstrapRegression();
+
   // Every example, in file-name order.
   static std::vector<Example> All();
 };

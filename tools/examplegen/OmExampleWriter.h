@@ -3,6 +3,7 @@
 // and the text and number cells that most messages name.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <string>
 
@@ -25,6 +26,14 @@ public:
     return _id;
   }
 
+  // A composite text: the pattern cell with one argument cell; gives the composite's id.
+  std::int32_t Composite(std::int32_t pattern, std::int32_t argument) {
+    _out.BeginComposite(Next(), pattern);
+    const std::int32_t composite = _id;
+    _out.CompositeArgument(argument);
+    return composite;
+  }
+
 protected:
   std::int32_t Next() {
     _id = _id % 40 + 1;
@@ -34,3 +43,20 @@ protected:
   OmStreamWriter& _out;
   std::int32_t _id = 0;
 };
+
+// A fixed pseudo-random sequence, so that the stream is the same on every machine.
+class OmExampleDraws {
+public:
+  double Uniform() {
+    _state = _state * 6364136223846793005ULL + 1442695040888963407ULL;
+    return (double(_state >> 11) + 0.5) / 9007199254740992.0;
+  }
+  double Normal() {
+    const double pi = 3.14159265358979323846;
+    return std::sqrt(-2.0 * std::log(Uniform())) * std::cos(2.0 * pi * Uniform());
+  }
+
+private:
+  std::uint64_t _state = 20260101;
+};
+
