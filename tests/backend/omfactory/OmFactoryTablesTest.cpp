@@ -1,8 +1,6 @@
 // Table messages: tables built cell by cell through their TCIDs, dimension placement, keep flags,
 // the fast-table viewer rule, table properties, annotations and the failures that end in recovery.
 #include "SessionFixture.h"
-#include "platform/errors/ThrowError.h"
-#include "platform/outputmodel/OmNumber.h"
 #include "platform/outputmodel/OmStringCell.h"
 
 namespace sessiontest {
@@ -90,30 +88,6 @@ TEST_P(TableMessages, AnnotationsReachTablesAndHeadings) {
   EXPECT_EQ(table.Footnotes()[1].Marker()->Text(), "*");
   EXPECT_EQ(table.Footnotes()[2].Text().Text(), "heading note");
   EXPECT_EQ(table.Cell({0})->Footnotes().size(), 1u);
-}
-
-TEST_P(TableMessages, MiscPropertyAndMarkerDecorateTheCurrentCell) {
-  BeginProcedure();
-  BeginTable(1, "Decorated");
-  writer.CellDimension(1, Str("S"));
-  writer.Cell(1, Num(1), Str("N"));
-  writer.MiscProperty(5, "highlight");
-  writer.Marker(Str("**"));
-  Feed();
-  ASSERT_EQ(factory->RecoveredErrorCount(), 0u) << factory->LastRecoveredError()->what();
-  const OmCellText* cell = OpenTable().Cell({0});
-  ASSERT_NE(cell, nullptr);
-  EXPECT_EQ(cell->MiscProperties(), (std::vector<std::string>{"highlight"}));
-  EXPECT_EQ(cell->Markers(), (std::vector<std::string>{"**"}));
-}
-
-TEST_P(TableMessages, ScratchTableMarksTheTableFoundByTitle) {
-  BeginProcedure();
-  BeginTable(1, "Doomed");
-  writer.ScratchTable(Str("Doomed"));
-  writer.ScratchTable(Str("Absent"));
-  Feed();
-  EXPECT_TRUE(OpenTable().IsScratched());
 }
 
 TEST_P(TableMessages, UnimplementedCodesFailInsideAProcedure) {

@@ -51,17 +51,6 @@ void ExpectFailures(const std::vector<FailureCase>& cases) {
   }
 }
 
-// Runs call and returns the number of the server error it raised, -1 when none.
-int ServerErrorOf(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const ServerError& e) {
-    EXPECT_EQ(e.File(), "omerrors.err");
-    return e.Number();
-  }
-  return -1;
-}
-
 // Captures what is written to std::cerr while it lives.
 class CerrCapture {
 public:
@@ -186,55 +175,9 @@ TEST_F(PivotFactoryTest, AllGroupsClosedFailsWhenTheTableHasFewerDimensionsThanS
 
 // --- Cell dimension and state dump ----------------------------------------------------------
 
-TEST_F(PivotFactoryTest, CellDimensionBeforeDeclarationDumpsStateThenFails) {
-  CerrCapture capture;
-  OMSException e = Failure([&] { _builder.CellDimension(); });
-  EXPECT_EQ(e.Message(), "OmPivotFactory::CellDimension -- _cellDimension == -1");
-  EXPECT_EQ(e.Value1(), -1);
-  EXPECT_EQ(capture.Text(),
-            "OmPivotFactory state on error:\n\tTable Title: Statistics\n\tCurrent Dimension: -1\n");
-}
-
 // --- Sort and ungroup marks -----------------------------------------------------------------
 
-TEST_F(PivotFactoryTest, SortMarksReachTheDimensionOrTheOpenGroup) {
-  const int d = _builder.Dimension(Text("V"));
-  _builder.Group(d, Text("G"));
-  _builder.MarkSortGroup(1);
-  _builder.MarkUngroup();
-  _builder.MarkSortDimension(0);
-  const OmDimensionNode& root = _table.Dimension(d).Root();
-  const OmDimensionNode& group = *root.Child(0);
-  EXPECT_EQ(root.SortMark(), 0);
-  EXPECT_FALSE(root.UngroupMark());
-  EXPECT_EQ(group.SortMark(), 1);
-  EXPECT_TRUE(group.UngroupMark());
-
-  _builder.EndGroup(d);
-  _builder.MarkSortGroup(1);  // with no group open the insertion node is the dimension
-  EXPECT_EQ(root.SortMark(), 1);
-}
-
 // --- Category styles ------------------------------------------------------------------------
-
-TEST_F(PivotFactoryTest, StylesDecorateTheCurrentCategoryLabel) {
-  const int d = _builder.Dimension(Text("V"));
-  _builder.Group(d, Text("G"));
-  _builder.SetCategory(d, Text("x"));
-  _builder.SetCategory(d, Text("y"));
-  _builder.Bold();
-  _builder.TextColor("#FF0000");
-  _builder.BackgroundColor("#00FF00");
-  _builder.HideCategory();
-  const OmDimensionNode& group = *_table.Dimension(d).Root().Child(0);
-  const OmCellText& x = *group.Child(0)->Label();
-  const OmCellText& y = *group.Child(1)->Label();
-  EXPECT_TRUE(y.TextBold());
-  EXPECT_EQ(y.TextColor(), "#FF0000");
-  EXPECT_EQ(y.BackgroundColor(), "#00FF00");
-  EXPECT_FALSE(y.Visible());
-  EXPECT_FALSE(x.HasDecorations());
-}
 
 TEST_F(PivotFactoryTest, StyleOfAnUnlabelledCategoryReportsTargetNotFound) {
   const int d = _builder.Dimension(Text("V"));
@@ -327,15 +270,6 @@ TEST_F(PivotFactoryTargetTest, MiscPropertyAndAnnotateFailuresCarryTheTarget) {
   EXPECT_EQ(annotate.Value1(), 7);
   EXPECT_TRUE(bare.Footnotes().empty());
   EXPECT_TRUE(builder.FirstCell());
-}
-
-TEST_F(PivotFactoryTargetTest, AfterEndGroupTheGroupTargetIsTheDimensionAndNoCategoryIsTargeted) {
-  _builder.EndGroup(_d);
-  _builder.addMiscProperty(3, "dim");
-  EXPECT_EQ(_table.Dimension(_d).Label()->MiscProperties(), std::vector<std::string>{"dim"});
-  EXPECT_EQ(ServerErrorOf([&] { _builder.addMiscProperty(4, "p"); }), 103);
-  EXPECT_EQ(ServerErrorOf([&] { _builder.Annotate(4, OmFootnote(Text("f"))); }), 103);
-  EXPECT_TRUE(_table.Footnotes().empty());
 }
 
 TEST(PivotFactoryConstruction, NullTableIsRejected) {

@@ -9,16 +9,8 @@
 
 #include "backend/omfactory/translate/OmCellTextTranslator.h"
 #include "platform/errors/OMSException.h"
-#include "platform/outputmodel/OmAnswerTree.h"
-#include "platform/outputmodel/OmChart.h"
-#include "platform/outputmodel/OmHeading.h"
-#include "platform/outputmodel/OmInteractive.h"
-#include "platform/outputmodel/OmModel.h"
-#include "platform/outputmodel/OmPageTitle.h"
 #include "platform/outputmodel/OmPivotTable.h"
-#include "platform/outputmodel/OmProcedure.h"
 #include "platform/outputmodel/OmStringCell.h"
-#include "platform/outputmodel/OmTextBlock.h"
 #include "platform/stringtables/FacSTDictionary.h"
 #include "tests/backend/omfactory/translate/TranslationTables.h"
 
@@ -39,10 +31,6 @@ OMSObjectSelector Request(unsigned types, const std::function<void(OMSSelector&)
 
 std::unique_ptr<OmPivotTable> Table(const std::string& label, const std::string& subtype) {
   return std::make_unique<OmPivotTable>(Text(label), Text(subtype));
-}
-
-std::unique_ptr<OmProcedure> Procedure(const std::string& command) {
-  return std::make_unique<OmProcedure>(Text(command), "en", "UTF-8", "en_US");
 }
 
 // Holds the requests, the dictionary the label translator works on, and the selector under test.
@@ -67,40 +55,6 @@ protected:
   OmFactorySelector _selector{_requests, &_translator};
   std::vector<std::unique_ptr<OmOutputPart>> _parts;
 };
-
-// Every kind of output object, with the type bit a request selects it by.
-struct KindCase {
-  const char* name;
-  unsigned bit;
-  std::function<std::unique_ptr<OmOutputPart>()> make;
-};
-
-const std::vector<KindCase>& Kinds() {
-  static const std::vector<KindCase> kinds = {
-      {"chart", 1, [] { return std::make_unique<OmChart>(Text("C"), "UTF-8", 1); }},
-      {"text", 2, [] { return std::make_unique<OmTextBlock>(Text("T"), "UTF-8"); }},
-      {"log", 4, [] { return std::make_unique<OmTextBlock>(Text("L"), "UTF-8", true); }},
-      {"warnings", 8, [] { return Table("Warnings", "Warnings"); }},
-      {"table", 16, [] { return Table("Statistics", "Descriptive Statistics"); }},
-      {"heading", 32, [] { return std::make_unique<OmHeading>(Text("H")); }},
-      {"procedure", 32, [] { return Procedure("Descriptives"); }},
-      {"page title", 64, [] { return std::make_unique<OmPageTitle>("UTF-8"); }},
-      {"tree", 128, [] { return std::make_unique<OmAnswerTree>(Text("A"), "UTF-8"); }},
-      {"model", 256, [] { return std::make_unique<OmModel>(Text("M")); }},
-      {"interactive", 256, [] { return std::make_unique<OmInteractive>(Text("I"), "UTF-8", 1); }},
-  };
-  return kinds;
-}
-
-TEST_F(SelectorTest, WithoutRequestsEveryKindOfObjectIsKept) {
-  Use({});
-  for (const KindCase& kind : Kinds()) {
-    auto part = kind.make();
-    part->_keep = 0;
-    part->Accept(_selector);
-    EXPECT_EQ(part->_keep, 1) << kind.name;
-  }
-}
 
 // ---- instances
 

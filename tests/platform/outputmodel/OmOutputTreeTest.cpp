@@ -48,21 +48,6 @@ TEST(OmOutputTree, ReleaseHandsALeafsPartOver) {
   EXPECT_EQ(gDestroyed, 1);
 }
 
-TEST(OmOutputTree, MovingBetweenTreesTransfersOwnership) {
-  gDestroyed = 0;
-  OmOutputTree out;
-  {
-    OmOutputTree proc;
-    auto p = proc.AppendUnderRoot(std::make_unique<CountedHeading>("proc"));
-    proc.Append(p, std::make_unique<CountedHeading>("table"));
-    out.Move(out.Root().ChildEnd(), p, proc.End());
-    EXPECT_EQ(proc.Size(), 1u);
-  }
-  EXPECT_EQ(gDestroyed, 0);
-  EXPECT_EQ(out.Size(), 3u);
-  EXPECT_EQ(out.Count<OmHeading>(), 2u);
-}
-
 class PartRecorder : public OmOutputPart::Visitor {
 public:
   std::string seen;

@@ -14,46 +14,6 @@ namespace {
 
 OmStringCell S(const std::string& t) { return OmStringCell(t); }
 
-// Descriptive statistics of two variables: rows = variables, columns = N group (Valid, Missing)
-// and Mean. A footnote on the title, one on a cell, a marker on another.
-std::unique_ptr<OmPivotTable> SmallTable() {
-  auto t = std::make_unique<OmPivotTable>(S("Descriptive Statistics"), S("Descriptives"));
-  const int vars = t->AddDimension(S("Variables"));
-  const int stats = t->AddDimension(S("Statistics"));
-  t->Rows().push_back(short(vars));
-  t->Columns().push_back(short(stats));
-  auto& v = t->Dimension(vars);
-  v.Child(&v.Root(), -1, OmVariable("age", "Age", 2), false);
-  v.Child(&v.Root(), -1, OmVariable("inc", "Income", 3), false);
-  auto& s = t->Dimension(stats);
-  auto* n = s.Child(&s.Root(), -1, S("N"), true);
-  s.Child(n, -1, S("Valid"), false);
-  s.Child(n, -1, S("Missing"), false);
-  s.Child(&s.Root(), -1, S("Mean"), false);
-  t->Cell({0, 0}, OmNumber(10, 0x50005));
-  t->Cell({0, 1}, OmNumber(0, 0x50005));
-  t->Cell({0, 2}, OmNumber(34.5, 0x2050008));
-  t->Cell({1, 0}, OmNumber(9, 0x50005));
-  t->Cell({1, 1}, OmNumber(1, 0x50005));
-  t->Cell({1, 2}, OmNumber(OmNumber::kSysMiss, 0x2050008));
-  const int fn = t->Footnote(OmFootnote(S("Listwise N")));
-  t->Label()->Footnote(std::int16_t(fn));
-  const int mean = t->Footnote(OmFootnote(S("Could not be computed.")));
-  t->Cell({1, 2})->Footnote(std::int16_t(mean));
-  t->Cell({0, 2})->addMarker("*");
-  return t;
-}
-
-TEST(OmTextRenderer, HiddenDimensionLabelsAndCornerText) {
-  auto t = SmallTable();
-  t->Dimension(1).setDisplayFlags(true, false);
-  t->CornerText(S("Corner"));
-  const std::string out = OmTextRenderer().RenderTable(*t);
-  EXPECT_EQ(out.find("Statistics\n"), std::string::npos);
-  EXPECT_NE(out.find("Corner"), std::string::npos);
-  EXPECT_EQ(out.find("Variables"), std::string::npos);  // the corner text takes its place
-}
-
 TEST(OmTextRenderer, EveryLayerGetsItsOwnBlock) {
   OmPivotTable t(S("Layered"), S("L"));
   t.AddDimension(S("Row"));

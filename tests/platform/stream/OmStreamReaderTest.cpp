@@ -1,26 +1,16 @@
 #include "platform/stream/OmStreamReader.h"
 
-#include <cstdio>
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "platform/errors/OMSException.h"
-#include "platform/stream/MessageCodes.h"
 #include "platform/stream/OmStreamWriter.h"
 
 namespace {
 
 using ByteOrder = OmStreamWriter::ByteOrder;
-
-std::vector<OmStreamRecord> ReadAll(OmStreamReader& reader) {
-  std::vector<OmStreamRecord> records;
-  OmStreamRecord record;
-  while (reader.Next(record)) records.push_back(record);
-  return records;
-}
 
 // The records a reader hands out before it throws, and what it throws: record number, offset.
 struct Failure {
@@ -29,15 +19,6 @@ struct Failure {
   double number = 0;
   double offset = 0;
 };
-
-TEST(OmStreamReaderTest, NegativeAndUnknownCodesArePassedOn) {
-  OmStreamWriter writer;
-  writer.Record(-5, std::string_view("abc"));
-  writer.Record(1000, std::string_view());
-  writer.Record(-32768, std::string_view("\xff", 1));
-  OmStreamReader reader(writer.FileBytes());
-  EXPECT_EQ(ReadAll(reader), writer.Records());
-}
 
 TEST(OmStreamReaderTest, RefusesFilesThatAreNotVersionOneStreams) {
   const std::vector<std::uint8_t> good = OmStreamWriter().FileBytes();

@@ -122,23 +122,3 @@ TEST_F(ShippedTablesTest, EveryTextTheExamplesSendAsTranslatableHasAKey) {
     EXPECT_NE(_english.Table()->Global().Find(text), nullptr) << "no key \"" << text << "\"";
   }
 }
-
-TEST_F(ShippedTablesTest, HoldTheTextsThatTheLibraryWritesItself) {
-  const char* texts[] = {
-      "Output Missing", "Out of memory collecting output.", "Log", "Text Output", "Pooled",
-      "Fraction Missing Info.", "Relative Increase Variance", "Relative Efficiency",
-      "No variance among imputations.", "Models not pooled - terms vary...",
-      "Significance computed using F distribution, not Chi-square.", "^1, ^2",
-      "Corr siq requires N...", "Bootstrap", "Bootstrap for ^1", "Bootstrap Statistics",
-      "Statistic", "Bias", "Std. Error", "Sig. (2-tailed)", "^1% Confidence Interval",
-      "BCa ^1% Confidence Interval", "Lower", "Upper", "Based on ^1 samples",
-      "^1% coverage needs ^2 samples...", "Not all jackknife results available, so...",
-      "Not all bootstrap results available...",
-      "Unless otherwise noted, bootstrap results are based on ^1 ^2", "bootstrap samples",
-      "stratified bootstrap samples", "residual bootstrap samples", "wild bootstrap samples"};
-  for (const char* text : texts) {
-    EXPECT_NE(_english.Table()->Global().Find(text), nullptr) << text;
-    if (std::string(text) == "Bootstrap") continue;  // the same word in German
-    EXPECT_NE(_german.LookUp(text), text) << "German leaves \"" << text << "\" untranslated";
-  }
-}

@@ -5,11 +5,6 @@
 
 #include "platform/errors/OMSException.h"
 
-TEST(MultiBaseDigits, ZeroBaseThatWouldBeDividedByIsRefused) {
-  EXPECT_THROW(MultiBase({3, 0}).Digits(1), OMSException);
-  EXPECT_NO_THROW(MultiBase({0, 3}).Digits(1));  // the first base is never divided by
-}
-
 TEST(SliceIndexWalk, AnEmptyOtherDimensionLeavesNothingToVisit) {
   const SliceIndex walk({3, 0, 2}, {0});
   EXPECT_EQ(walk.Count(), 0u);

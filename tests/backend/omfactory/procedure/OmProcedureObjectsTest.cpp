@@ -12,7 +12,6 @@
 #include "platform/outputmodel/OmChart.h"
 #include "platform/outputmodel/OmInteractive.h"
 #include "platform/outputmodel/OmModel.h"
-#include "platform/strings/CodePage.h"
 #include "tests/backend/omfactory/procedure/ProcedureFixture.h"
 
 namespace {
@@ -38,16 +37,6 @@ void Chart(OmProcedureFactory& proc, int type, const std::string& data, int subt
 }
 
 // ---- charts ---------------------------------------------------------------------------------
-
-TEST_F(ProcedureObjectsTest, ChartIsCreatedUnderTheCurrentHeadingWithAPlainLabel) {
-  auto proc = Begin("Graph");
-  proc->Node(Text("Charts"));
-  Chart(*proc, 0, "Bar of count");
-  EXPECT_EQ(Outline(proc->Tree()).back(), "3:Chart:Bar of count");
-  OmChart* chart = PartsOf<OmChart>(proc->Tree()).at(0);
-  EXPECT_FALSE(dynamic_cast<OmStringCell&>(*chart->Label()).Translatable());
-  EXPECT_EQ(chart->CodePage(), "UTF-8");
-}
 
 struct ChartContentCase {
   int type;

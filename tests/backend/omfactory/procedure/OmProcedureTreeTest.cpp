@@ -9,7 +9,6 @@
 
 #include "platform/errors/OMSException.h"
 #include "platform/outputmodel/OmFootnote.h"
-#include "platform/outputmodel/OmStringCellUTF8.h"
 #include "tests/backend/omfactory/procedure/ProcedureFixture.h"
 
 namespace {
@@ -20,26 +19,7 @@ using ProcedureTreeTest = ProcedureTest;
 
 // ---- the procedure node ---------------------------------------------------------------------
 
-TEST_F(ProcedureTreeTest, OutlineTextGoesToTheProcedureNode) {
-  auto proc = Begin();
-  proc->Node(Text("Heading"));
-  proc->OutlineText(Text("Split = 1"));
-  auto* procedure = PartsOf<OmProcedure>(proc->Tree()).at(0);
-  ASSERT_NE(procedure->OutlineText(), nullptr);
-  EXPECT_EQ(procedure->OutlineText()->Text(), "Split = 1");
-}
-
 // ---- headings -------------------------------------------------------------------------------
-
-TEST_F(ProcedureTreeTest, HeadingsWithEqualTextOfDifferentCellTypesAreDistinct) {
-  auto proc = Begin();
-  proc->Node(Text("Age"));
-  proc->EndNode();
-  proc->Node(OmStringCellUTF8("Age"));
-  proc->EndNode();
-  proc->Node(Text("Age"));
-  EXPECT_EQ(PartsOf<OmHeading>(proc->Tree()).size(), 3u);  // the procedure and two headings
-}
 
 // ---- text blocks ----------------------------------------------------------------------------
 

@@ -15,13 +15,6 @@ using Node = OmDimensionNode*;
 
 OmStringCell Text(const std::string& text) { return OmStringCell(text); }
 
-// The labels of node's children, in order.
-std::vector<std::string> Labels(const OmDimensionNode& node) {
-  std::vector<std::string> labels;
-  for (const auto& child : node.Children()) labels.push_back(child->Label()->Text());
-  return labels;
-}
-
 using Strings = std::vector<std::string>;
 
 // A table with one dimension "Region": a group "North" of "Oslo", "Bergen", "Alta", then the
@@ -64,15 +57,5 @@ protected:
   Node _north = nullptr;
   Node _south = nullptr;
 };
-
-TEST_F(SorterTest, DimensionMarkedDescendingSortsItsTopLevelOnly) {
-  _dim->Root().setSortMark(1);
-  Sort();
-  EXPECT_EQ(Labels(_dim->Root()), (Strings{"Zurich", "South", "North", "Bern"}));
-  // Unmarked groups keep the order of their members, and keep all of them.
-  EXPECT_EQ(Labels(*_dim->Root().Child(1)), (Strings{"Rome", "Milan"}));
-  EXPECT_EQ(Labels(*_dim->Root().Child(2)), (Strings{"Oslo", "Bergen", "Alta"}));
-  ExpectCellsFollowCategories();
-}
 
 }  // namespace

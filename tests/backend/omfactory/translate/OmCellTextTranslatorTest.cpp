@@ -3,20 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <memory>
-#include <string>
 
 #include "platform/errors/OMSException.h"
-#include "platform/outputmodel/OmComposite.h"
-#include "platform/outputmodel/OmStringCell.h"
 #include "platform/stringtables/FacSTDictionary.h"
 #include "tests/backend/omfactory/translate/TranslationTables.h"
 
 namespace {
-
-std::unique_ptr<OmStringCell> Key(const std::string& key) {
-  return std::make_unique<OmStringCell>(key, true);
-}
 
 class CellTextTranslatorTest : public ::testing::Test {
 protected:
@@ -32,15 +24,5 @@ TEST(CellTextTranslatorConstruction, NullDictionaryIsRejected) {
 }
 
 // ---- composites
-
-TEST_F(CellTextTranslatorTest, CompositeTranslatesTheMembersOfARepeatList) {
-  OmComposite composite("Bootstrap for ^1", true);
-  composite.BeginRepeatList();
-  composite.Add(Key("Lower"));
-  composite.Add(Key("Upper"));
-  composite.EndRepeatList();
-  composite.Accept(_toGerman);
-  EXPECT_EQ(composite.Text(), "Bootstrap für Untergrenze, Obergrenze");
-}
 
 }  // namespace
