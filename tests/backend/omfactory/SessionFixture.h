@@ -159,12 +159,6 @@ protected:
     return *tables[index];
   }
 
-  // A cell waiting in slot id, as its text; "<empty>" for an empty slot.
-  std::string Pending(std::int32_t id) {
-    const OmCellText* cell = factory->PendingCell(id);
-    return cell ? cell->Text() : "<empty>";
-  }
-
   std::vector<OMSObjectSelector> requests;
   std::unique_ptr<OmOutputTree> tree;
   RecordingObserver observer;
