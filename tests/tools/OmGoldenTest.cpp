@@ -62,21 +62,25 @@ TEST(OmGolden, EveryExampleHasAGoldenFileAndNoGoldenFileIsLeftOver) {
       << kRegenerate;
 }
 
-TEST(OmGolden, EveryExampleRendersToItsGoldenJson) {
+TEST(OmGolden, EveryExampleRendersToItsGoldenJsonCsvAndMarkdown) {
   const std::string tables = tooltest::SourceDir() + "/stringtables";
   for (const std::string& name : Names(tooltest::SourceDir() + "/examples", ".oms")) {
-    SCOPED_TRACE(name);
-    const std::string golden = tooltest::ReadFile(GoldenDir() + "/" + name + ".json");
-    ASSERT_FALSE(golden.empty()) << "no tests/tools/golden/" << name << ".json; " << kRegenerate;
-    const tooltest::Result run = tooltest::Tool(
-        {"render", "--format", "json", "--string-tables", tables, tooltest::Example(name)});
-    // The examples are well formed: they render without a complaint.
-    EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.err, "");
-    if (run.out != golden) {
-      ADD_FAILURE() << "rendering differs from tests/tools/golden/" << name << ".json\n  "
-                    << FirstDifference(run.out, golden) << "\n" << kRegenerate;
+    for (const char* format : {"json", "csv", "markdown"}) {
+      SCOPED_TRACE(name + " " + format);
+      const std::string file = name + (format[0] == 'm' ? ".md" : std::string(".") + format);
+      const std::string golden = tooltest::ReadFile(GoldenDir() + "/" + file);
+      ASSERT_FALSE(golden.empty()) << "no tests/tools/golden/" << file << "; " << kRegenerate;
+      const tooltest::Result run = tooltest::Tool(
+          {"render", "--format", format, "--string-tables", tables, tooltest::Example(name)});
+      // The examples are well formed: they render without a complaint.
+      EXPECT_EQ(run.status, 0);
+      EXPECT_EQ(run.err, "");
+      if (run.out != golden) {
+        ADD_FAILURE() << "rendering differs from tests/tools/golden/" << file << "\n  "
+                      << FirstDifference(run.out, golden) << "\n" << kRegenerate;
+      }
     }
+    const std::string golden = tooltest::ReadFile(GoldenDir() + "/" + name + ".json");
     // Every golden file shows real output: at least one procedure with at least one table or
     // text, and every table with cells.
     const nlohmann::json doc = nlohmann::json::parse(golden);

@@ -1,10 +1,12 @@
 #include "tools/omfactory/OmRenderCommand.h"
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <new>
 #include <optional>
+#include <sstream>
 #include <utility>
 
 #include "backend/omfactory/OmFactory.h"
@@ -19,6 +21,7 @@
 #include "platform/stringtables/PathFactory.h"
 #include "tools/omfactory/OMSRequestFile.h"
 #include "tools/omfactory/OmTool.h"
+#include "tools/render/OmExport.h"
 #include "tools/render/OmHtmlRenderer.h"
 #include "tools/render/OmJsonRenderer.h"
 #include "tools/render/OmTableLayout.h"
@@ -90,10 +93,43 @@ std::string OmRenderCommand::Render(OmOutputTree& tree, Format format, const std
       options.maxGridCells = kMaxGridCells;
       return OmHtmlRenderer(options).Render(tree);
     }
+    case Format::kCsv:
+    case Format::kMarkdown:
+    case Format::kLatex: {
+      std::ostringstream out;
+      Write(tree, format, codePage, out);
+      return out.str();
+    }
     case Format::kText: break;
   }
   const std::string text = RenderText(tree);
   return CodePage::Get(codePage).IsUtf8() ? text : ToUtf8(text, codePage);
+}
+
+void OmRenderCommand::Write(OmOutputTree& tree, Format format, const std::string& codePage,
+                            std::ostream& out) {
+  switch (format) {
+    case Format::kCsv: OmExport(OmExport::Kind::kCsv, codePage, kMaxGridCells).Write(tree, out); return;
+    case Format::kMarkdown: OmExport(OmExport::Kind::kMarkdown, codePage, kMaxGridCells).Write(tree, out); return;
+    case Format::kLatex: OmExport(OmExport::Kind::kLatex, codePage, kMaxGridCells).Write(tree, out); return;
+    default: out << Render(tree, format, codePage);
+  }
+}
+
+bool OmRenderCommand::FormatOfFileName(const std::string& path, Format& format) {
+  std::string extension = std::filesystem::path(path).extension().string();
+  for (char& c : extension) c = char(std::tolower(static_cast<unsigned char>(c)));
+  const std::pair<const char*, Format> known[] = {
+      {".txt", Format::kText}, {".json", Format::kJson}, {".html", Format::kHtml},
+      {".htm", Format::kHtml}, {".csv", Format::kCsv}, {".md", Format::kMarkdown},
+      {".markdown", Format::kMarkdown}, {".tex", Format::kLatex}};
+  for (const auto& [name, f] : known) {
+    if (extension == name) {
+      format = f;
+      return true;
+    }
+  }
+  return false;
 }
 
 int OmRenderCommand::Run(std::ostream& out, std::ostream& err) const {
@@ -220,9 +256,8 @@ int OmRenderCommand::Run(std::ostream& out, std::ostream& err) const {
     }
   }
 
-  const std::string rendered = Render(tree, o.format, o.codePage);
   std::ostream& sink = o.output.empty() ? out : file;
-  sink << rendered;
+  Write(tree, o.format, o.codePage, sink);
   sink.flush();
   if (!sink) {
     err << "omfactory: " << (o.output.empty() ? std::string("output") : o.output)

@@ -1,5 +1,6 @@
 // `omfactory render`: replays message streams into one factory session, as the server would feed
-// a procedure's output, and writes the session's output tree as text, JSON or HTML.
+// a procedure's output, and writes the session's output tree as text, JSON or HTML, or exports it
+// as tidy CSV, Markdown or LaTeX.
 #pragma once
 
 #include <ostream>
@@ -10,7 +11,7 @@ class OmOutputTree;
 
 class OmRenderCommand {
 public:
-  enum class Format { kText, kJson, kHtml };
+  enum class Format { kText, kJson, kHtml, kCsv, kMarkdown, kLatex };
 
   struct Options {
     Format format = Format::kText;
@@ -39,8 +40,14 @@ public:
   // one line per problem to err. Returns the exit status.
   int Run(std::ostream& out, std::ostream& err) const;
 
-  // The tree as the format shows it, texts converted from codePage to UTF-8.
+  // The tree as the format shows it, texts converted from codePage to UTF-8. The exports
+  // (CSV, Markdown, LaTeX) are written as they are made.
+  static void Write(OmOutputTree& tree, Format format, const std::string& codePage, std::ostream& out);
   static std::string Render(OmOutputTree& tree, Format format, const std::string& codePage);
+
+  // The format a file name's extension asks for (.txt .json .html .htm .csv .md .markdown .tex);
+  // false when it names none of them.
+  static bool FormatOfFileName(const std::string& path, Format& format);
 
   // Tables with more grid positions than this are described rather than laid out in text and
   // HTML, so that a damaged stream cannot make the tool exhaust memory.

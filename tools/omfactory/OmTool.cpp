@@ -18,8 +18,10 @@ int UsageError(std::ostream& err, const std::string& what) {
 }  // namespace
 
 std::string OmTool::Usage() {
-  return "usage: omfactory render [--format text|json|html] [-o FILE] [--code-page CP]\n"
-         "                        [--string-tables DIR] [--oms FILE] [--oms-record FILE] STREAM...\n"
+  return "usage: omfactory render [--format text|json|html|csv|markdown|latex] [-o FILE]\n"
+         "                        [--code-page CP] [--string-tables DIR] [--oms FILE]\n"
+         "                        [--oms-record FILE] STREAM...\n"
+         "         (without --format, the -o file's extension chooses: .txt .json .html .csv .md .tex)\n"
          "       omfactory dump STREAM\n";
 }
 
@@ -67,6 +69,7 @@ int OmTool::Main(const std::vector<std::string>& args, std::ostream& out, std::o
 
   OmRenderCommand::Options options;
   bool tablesGiven = false;
+  bool formatGiven = false;
   bool optionsEnded = false;
   for (std::size_t i = 1; i < args.size(); ++i) {
     const std::string& arg = args[i];
@@ -103,9 +106,16 @@ int OmTool::Main(const std::vector<std::string>& args, std::ostream& out, std::o
         options.format = OmRenderCommand::Format::kJson;
       } else if (value == "html") {
         options.format = OmRenderCommand::Format::kHtml;
+      } else if (value == "csv") {
+        options.format = OmRenderCommand::Format::kCsv;
+      } else if (value == "markdown" || value == "md") {
+        options.format = OmRenderCommand::Format::kMarkdown;
+      } else if (value == "latex" || value == "tex") {
+        options.format = OmRenderCommand::Format::kLatex;
       } else {
-        return UsageError(err, "unknown format \"" + value + "\" (text, json or html)");
+        return UsageError(err, "unknown format \"" + value + "\" (text, json, html, csv, markdown or latex)");
       }
+      formatGiven = true;
     } else if (name == "-o" || name == "--output") {
       options.output = value;
     } else if (name == "--code-page") {
@@ -120,6 +130,9 @@ int OmTool::Main(const std::vector<std::string>& args, std::ostream& out, std::o
     }
   }
   if (options.streams.empty()) return UsageError(err, "render needs at least one stream file");
+  if (!formatGiven && !options.output.empty()) {
+    OmRenderCommand::FormatOfFileName(options.output, options.format);
+  }
   if (!tablesGiven) {
     options.stringTables = FindStringTables(executable);
     if (options.stringTables.empty()) {
