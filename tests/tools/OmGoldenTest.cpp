@@ -62,12 +62,13 @@ TEST(OmGolden, EveryExampleHasAGoldenFileAndNoGoldenFileIsLeftOver) {
       << kRegenerate;
 }
 
-TEST(OmGolden, EveryExampleRendersToItsGoldenJsonCsvAndMarkdown) {
+TEST(OmGolden, EveryExampleRendersToItsGoldenTextJsonCsvAndMarkdown) {
   const std::string tables = tooltest::SourceDir() + "/stringtables";
   for (const std::string& name : Names(tooltest::SourceDir() + "/examples", ".oms")) {
-    for (const char* format : {"json", "csv", "markdown"}) {
+    for (const char* format : {"text", "json", "csv", "markdown"}) {
       SCOPED_TRACE(name + " " + format);
-      const std::string file = name + (format[0] == 'm' ? ".md" : std::string(".") + format);
+      const std::string extension = format[0] == 'm' ? "md" : format[0] == 't' ? "txt" : format;
+      const std::string file = name + "." + extension;
       const std::string golden = tooltest::ReadFile(GoldenDir() + "/" + file);
       ASSERT_FALSE(golden.empty()) << "no tests/tools/golden/" << file << "; " << kRegenerate;
       const tooltest::Result run = tooltest::Tool(
