@@ -9,8 +9,6 @@
 #include <string>
 #include <vector>
 
-#include <nlohmann/json.hpp>
-
 #include "tests/tools/ToolTestSupport.h"
 #include "tools/examplegen/OmExampleStreams.h"
 
@@ -52,9 +50,6 @@ TEST(OmGolden, EveryExampleIsWhatTheGeneratorWrites) {
   }
   EXPECT_EQ(Names(tooltest::SourceDir() + "/examples", ".oms"), generated)
       << "examples/ and the generator list different streams";
-  for (const char* required : {"descriptives", "crosstabs", "splitfile", "logpages"}) {
-    EXPECT_EQ(generated.count(required), 1u) << required;
-  }
 }
 
 TEST(OmGolden, EveryExampleHasAGoldenFileAndNoGoldenFileIsLeftOver) {
@@ -80,26 +75,6 @@ TEST(OmGolden, EveryExampleRendersToItsGoldenTextJsonCsvAndMarkdown) {
         ADD_FAILURE() << "rendering differs from tests/tools/golden/" << file << "\n  "
                       << FirstDifference(run.out, golden) << "\n" << kRegenerate;
       }
-    }
-    const std::string golden = tooltest::ReadFile(GoldenDir() + "/" + name + ".json");
-    // Every golden file shows real output: at least one procedure with at least one table or
-    // text, and every table with cells.
-    const nlohmann::json doc = nlohmann::json::parse(golden);
-    std::size_t tableCount = 0, cells = 0;
-    std::vector<const nlohmann::json*> todo{&doc["outline"]};
-    while (!todo.empty()) {
-      const nlohmann::json& node = *todo.back();
-      todo.pop_back();
-      if (node["kind"] == "table") {
-        ++tableCount;
-        EXPECT_FALSE(node["cells"].empty()) << node["label"];
-        cells += node["cells"].size();
-      }
-      for (const nlohmann::json& child : node["children"]) todo.push_back(&child);
-    }
-    if (name != "logpages") {
-      EXPECT_GT(tableCount, 0u);
-      EXPECT_GT(cells, 0u);
     }
   }
 }

@@ -1,14 +1,12 @@
 // Output in another language and another code page: translations reach cells in the session's
 // code page, so the JSON (UTF-8) reads right, categories sort by the translated text and OMS
-// label patterns match translated labels; two such sessions on two threads do not disturb each
-// other.
+// label patterns match translated labels.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "ToolTestSupport.h"
@@ -147,22 +145,6 @@ TEST_F(Localisation, TranslationsSortAndMatchInTheSessionsCodePage) {
   const Rendered other = Render(dir, kGerman, "haufigkeit");
   ASSERT_EQ(other.status, 0) << other.err;
   EXPECT_EQ(other.title, "");
-}
-
-TEST_F(Localisation, SessionsOnTwoThreadsKeepTheirOwnCodePages) {
-  const Rendered german = Render(dir, kGerman);
-  const Rendered japanese = Render(dir, kJapanese);
-  for (int round = 0; round < 3; ++round) {
-    Rendered a, b;
-    std::thread one([&] { a = Render(dir, kGerman); });
-    std::thread two([&] { b = Render(dir, kJapanese); });
-    one.join();
-    two.join();
-    EXPECT_EQ(a.categories, german.categories);
-    EXPECT_EQ(a.title, german.title);
-    EXPECT_EQ(b.categories, japanese.categories);
-    EXPECT_EQ(b.title, japanese.title);
-  }
 }
 
 }  // namespace

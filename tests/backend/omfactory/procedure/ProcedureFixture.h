@@ -1,12 +1,10 @@
-// Shared set-up of the procedure factory tests: a session's translator (on an empty or a shipped
-// string table), its OMS selector over a request list that a test fills, and helpers that build
+// Shared set-up of the procedure factory tests: a session's translator (on an empty string
+// table), its OMS selector over a request list that a test fills, and helpers that build
 // OMS requests and read a procedure's tree.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -47,18 +45,6 @@ inline OMSObjectSelector Request(unsigned types, const std::string& subtype = ""
 
 // Every object type except the ones in `without`.
 inline unsigned AllTypesBut(unsigned without) { return 511u & ~without; }
-
-// The shipped string tables' root: ctest names the source tree in OMF_SOURCE_DIR; a binary run by
-// hand finds it from this file's path (tests/backend/omfactory/procedure/).
-inline std::string ShippedTables() {
-  if (const char* source = std::getenv("OMF_SOURCE_DIR"); source != nullptr && *source != '\0') {
-    return (std::filesystem::path(source) / "stringtables").generic_string();
-  }
-  return (std::filesystem::path(__FILE__).parent_path() / ".." / ".." / ".." / ".." /
-          "stringtables")
-      .lexically_normal()
-      .generic_string();
-}
 
 // The parts of a tree in order, as "level:kind:label" (root as "0:-").
 inline std::vector<std::string> Outline(OmOutputTree& tree) {

@@ -1,5 +1,6 @@
-// OmProcedureFactory::EndProcedure: the nothing-to-show rule, pruning, the visiting order of the
-// poolers, selector, translators and sorter, and the translated procedure name.
+// OmProcedureFactory: text lines, heading footnotes, split tables, and the end of a procedure (the
+// nothing-to-show rule, pooling before instances are counted, bootstrap settings, building
+// after the end).
 
 #include <gtest/gtest.h>
 
@@ -8,17 +9,19 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <typeinfo>
 #include <vector>
 
 #include "backend/omfactory/procedure/OmProcedurePoolers.h"
 #include "platform/errors/OMSException.h"
+#include "platform/outputmodel/OmFootnote.h"
 #include "tests/backend/omfactory/procedure/ProcedureFixture.h"
 
 namespace {
 
 using namespace proctest;
 
-using ProcedureEndTest = ProcedureTest;
+using ProcedureFactoryTest = ProcedureTest;
 
 void End(OmProcedureFactory& proc) { proc.EndProcedure(0, nullptr, true, true, true, true); }
 
@@ -69,7 +72,7 @@ struct EndCase {
   const char* last;
 };
 
-TEST_F(ProcedureEndTest, OnlyNotesActiveDatasetAndEmptyWarningsLeaveNothingToShow) {
+TEST_F(ProcedureFactoryTest, OnlyNotesActiveDatasetAndEmptyWarningsLeaveNothingToShow) {
   const EndCase cases[] = {
       {"no children", [](OmProcedureFactory&) {}, "0:-"},
       {"notes, dataset, empty warnings",
@@ -94,28 +97,18 @@ TEST_F(ProcedureEndTest, OnlyNotesActiveDatasetAndEmptyWarningsLeaveNothingToSho
 
 // ---- poolers and selection at the end -------------------------------------------------------
 
-// Poolers that write each visit to a shared log ("boot:Label", "mi:Label") and discard the parts
-// whose labels they are given.
-class RecordingPoolers : public OmProcedurePoolers {
+// Poolers that discard the parts whose labels they are given (imputation pooling only).
+class DiscardingPoolers : public OmProcedurePoolers {
 public:
-  mutable std::vector<std::string> log;
   std::set<std::string> miDiscards;
-  mutable const OmCellText* procedureName = nullptr;
-  mutable OmOutputTree* tree = nullptr;
-  mutable int miMade = 0;
-  mutable int bootMade = 0;
 
-  std::unique_ptr<OmEndPooler> MakeMIPooler(const OmCellText* name, OmOutputTree& t, bool, bool,
-                                            bool, bool) const override {
-    ++miMade;
-    procedureName = name;
-    tree = &t;
-    return std::make_unique<Pooler>("mi", log, miDiscards);
+  std::unique_ptr<OmEndPooler> MakeMIPooler(const OmCellText*, OmOutputTree&, bool, bool, bool,
+                                            bool) const override {
+    return std::make_unique<Pooler>(miDiscards);
   }
   std::unique_ptr<OmEndPooler> MakeBootPooler(const OmCellText*, OmOutputTree&,
                                               const SvrBootstrapSpecs&) const override {
-    ++bootMade;
-    return std::make_unique<Pooler>("boot", log, _none);
+    return std::make_unique<Pooler>(_none);
   }
 
 private:
@@ -123,17 +116,11 @@ private:
 
   class Pooler : public OmEndPooler {
   public:
-    Pooler(std::string name, std::vector<std::string>& log, const std::set<std::string>& discards)
-        : _name(std::move(name)), _log(log), _discards(discards) {}
-    void Pool(OmOutputPart& part) override {
-      _log.push_back(_name + ":" + part.LabelText());
-      _discard = _discards.count(part.LabelText()) > 0;
-    }
+    explicit Pooler(const std::set<std::string>& discards) : _discards(discards) {}
+    void Pool(OmOutputPart& part) override { _discard = _discards.count(part.LabelText()) > 0; }
     bool Discard() const override { return _discard; }
 
   private:
-    std::string _name;
-    std::vector<std::string>& _log;
     const std::set<std::string>& _discards;
     bool _discard = false;
   };
@@ -149,7 +136,7 @@ protected:
 };
 
 TEST_F(FirstTableTest, BootstrappedTablesAreCountedAsInstancesOnlyAfterImputationPooling) {
-  RecordingPoolers poolers;
+  DiscardingPoolers poolers;
   poolers.miDiscards = {"First"};
   FirstTableOnly();
   auto proc = Begin();
@@ -164,18 +151,63 @@ TEST_F(FirstTableTest, BootstrappedTablesAreCountedAsInstancesOnlyAfterImputatio
             (std::vector<std::string>{"0:-", "1:Procedure:Descriptives", "2:Table:Second"}));
 }
 
-TEST_F(ProcedureEndTest, MalformedSpecificationsFailTheEnd) {
+TEST_F(ProcedureFactoryTest, MalformedSpecificationsFailTheEnd) {
   for (const std::string& specs : {std::string("\x01\x02", 2), BootstrapSpecs() + "x"}) {
     auto proc = Begin();
     proc->SetBootstrapped(true);
     TableWithCells(*proc, "T", "S", {"N"});
     EXPECT_THROW(End(*proc, specs), OMSException) << specs.size() << " bytes";
   }
+  // Bootstrap settings bytes without a pointer.
+  EXPECT_THROW(Begin()->EndProcedure(4, nullptr, true, true, true, true), OMSException);
 }
 
-TEST_F(ProcedureEndTest, SpecificationBytesWithoutAPointerAreRefused) {
+TEST_F(ProcedureFactoryTest, EmptyLineIsStoredAndAMissingTextWithALengthIsRefused) {
   auto proc = Begin();
-  EXPECT_THROW(proc->EndProcedure(4, nullptr, true, true, true, true), OMSException);
+  proc->PrintLine(nullptr, 0);
+  EXPECT_EQ(PartsOf<OmTextBlock>(proc->Tree()).at(0)->Lines(), std::vector<std::string>{""});
+  EXPECT_THROW(proc->PrintLine(nullptr, 3), OMSException);
+}
+
+TEST_F(ProcedureFactoryTest, HeadingFootnotesReachANewTableRootMostFirst) {
+  auto proc = Begin();
+  proc->Node(Text("Group"));
+  proc->AnnotateHeading(OmFootnote(Text("Inner note")));
+  proc->EndNode();
+  proc->AnnotateHeading(OmFootnote(Text("Outer note")));
+  proc->Node(Text("Group"));
+  OmPivotTable& table = proc->CreateTable(Text("T"), Text("S"), Text("T"), false, false)->Table();
+  ASSERT_EQ(table.Footnotes().size(), 2u);
+  EXPECT_EQ(table.Footnotes()[0].Text().Text(), "Outer note");
+  EXPECT_EQ(table.Footnotes()[1].Text().Text(), "Inner note");
+  EXPECT_EQ(table.Label()->Footnotes(), (std::vector<std::int16_t>{0, 1}));
+}
+
+TEST_F(ProcedureFactoryTest, AnnotateHeadingAtTheRootThrowsBadCast) {
+  auto proc = Begin();
+  proc->EndNode();
+  EXPECT_THROW(proc->AnnotateHeading(OmFootnote(Text("x"))), std::bad_cast);
+}
+
+TEST_F(ProcedureFactoryTest, SplitSetterOnATableWithoutBuilderFails) {
+  OmPivotTable table(Text("T"), Text("S"), true);
+  OmProcedureFactory::TableSplitSetter setter(Text("Gender"), Text("Female"), false);
+  try {
+    table.Accept(setter);
+    FAIL() << "no exception";
+  } catch (const OMSException& e) {
+    EXPECT_EQ(e.Message(), "TableSplitSetter::Visit -- hint doesn't exist");
+  }
+}
+
+TEST_F(ProcedureFactoryTest, BuildingAfterTheEndOfTheProcedureFails) {
+  auto proc = Begin();
+  TableWithCells(*proc, "T", "S", {"N"});
+  proc->EndProcedure(0, nullptr, true, true, true, true);
+  EXPECT_THROW(proc->SetCategory(Text("Gender"), Text("Female")), OMSException);
+  EXPECT_THROW(proc->CreateTable(Text("U"), Text("S"), Text("U"), false, false), OMSException);
+  EXPECT_THROW(proc->PrintLine("x", 1), OMSException);
+  EXPECT_THROW(proc->EndProcedure(0, nullptr, true, true, true, true), OMSException);
 }
 
 }  // namespace
