@@ -39,6 +39,9 @@ TEST(StringTableParse, CommentsBlankLinesCarriageReturnsAndByteOrderMarkAreSkipp
   EXPECT_EQ(Global(table, "Notes")._translation, "Anmerkungen");
   EXPECT_EQ(Global(table, "Notes")._line, 5);
   EXPECT_EQ(table.Global().Entries().size(), 2u);
+  // Nothing at all gives just an empty global section.
+  EXPECT_TRUE(Parse("").Global().Entries().empty());
+  EXPECT_EQ(Parse("").Sections().size(), 1u);
 }
 
 TEST(StringTableParse, EscapesStandForTabNewlineBackslashHashAndBracket) {
@@ -60,13 +63,6 @@ TEST(StringTableParse, ExactSectionSearchIsCaseSensitiveLooseSearchIgnoresCaseAn
   EXPECT_NE(table.FindSectionLoosely("  NON PAR corr "), nullptr);
   EXPECT_EQ(table.FindSectionLoosely("NONPARCORR"), nullptr);
   EXPECT_EQ(table.FindSectionLoosely(""), nullptr);
-}
-
-TEST(StringTableParse, EmptyTextGivesAnEmptyGlobalSection) {
-  StringTable table = Parse("");
-  EXPECT_TRUE(table.Global().Entries().empty());
-  EXPECT_EQ(table.Sections().size(), 1u);
-  EXPECT_EQ(table.FileName(), "test.stt");
 }
 
 TEST(StringTableParseErrors, MalformedEntriesSectionsEscapesAndTextAreRejected) {
