@@ -50,10 +50,7 @@ TEST(MCBSBCaCI, UnusableInputGivesSystemMissingBounds) {
   std::vector<double> withNaN = OneTo(100);
   withNaN[3] = nan;
   const struct {
-    const char* what;
-    double estimate;
-    std::vector<double> replicates, jackknife;
-    double level;
+    const char* what; double estimate; std::vector<double> replicates, jackknife; double level;
     bool biasMissing, accelerationMissing;
   } cases[] = {
       {"all replicates above the estimate", 0.5, OneTo(100), {1.0, 2.5}, 0.95, true, false},

@@ -55,9 +55,7 @@ TEST(MCBSPercentileCI, EdgeCasesGiveTheirBoundsOrSystemMissing) {
   std::vector<double> withInfinity = OneTo(39);
   withInfinity[0] = -std::numeric_limits<double>::infinity();
   const struct {
-    const char* what;
-    std::vector<double> replicates;
-    double level, lower, upper;
+    const char* what; std::vector<double> replicates; double level, lower, upper;
   } cases[] = {
       {"replicate order does not matter", {kRatioReplicates.rbegin(), kRatioReplicates.rend()},
        0.9, 1.0246086348937371, 7.4481167404787394},

@@ -48,10 +48,7 @@ TEST(MCBSPercentileTTS, ExtremeOrUnusableInputsGiveOneZeroOrSystemMissing) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   const std::vector<double> pair{-1, 1};
   const struct {
-    const char* what;
-    double estimate, stdError, testValue;
-    std::vector<double> offsets;
-    double p;
+    const char* what; double estimate, stdError, testValue; std::vector<double> offsets; double p;
   } cases[] = {
       {"estimate at the test value", 1.5, 0.3, 1.5, {-0.4, 0.1, 0.2, 0.7}, 1.0},
       {"observed t beyond every replicate", 10.0, 1.0, 0.0, {-3, -2, -1, 1, 2, 3}, 1.0 / 7.0},

@@ -25,11 +25,8 @@ TEST(MCBSStdErrorBias, HandComputedAndDegenerateSetsGiveTheirValuesOrSystemMissi
   // Squared deviations of 1..4 from 2.5: 2.25 + 0.25 + 0.25 + 2.25 = 5 over n - 1 = 3.
   const double spread = std::sqrt(5.0 / 3.0);
   const struct {
-    const char* what;
-    std::vector<double> values;
-    double estimate, bias, standardError, tolerance;
-    std::optional<std::size_t> count;
-    std::optional<double> mean;
+    const char* what; std::vector<double> values; double estimate, bias, standardError, tolerance;
+    std::optional<std::size_t> count; std::optional<double> mean;
   } cases[] = {
       {"hand computed", {1, 2, 3, 4}, 2.0, 0.5, spread, 1e-15, 4, 2.5},
       {"estimate above the mean", {1, 2, 3, 4}, 3.0, -0.5, spread, 1e-15, {}, {}},

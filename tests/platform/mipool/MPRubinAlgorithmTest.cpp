@@ -155,10 +155,7 @@ std::vector<Imputation> ModelImputations(const std::vector<std::size_t>& terms, 
 // Against the pooled values themselves the statistic is 0 and p is 1.
 TEST(MPRubinAlgorithm, JointWaldTestMatchesMiceAndMitml) {
   const struct {
-    const char* what;
-    std::vector<std::size_t> terms;
-    bool covariances;
-    std::size_t imputations;
+    const char* what; std::vector<std::size_t> terms; bool covariances; std::size_t imputations;
     double completeDf, statistic, df1, df2, p, riv;
   } cases[] = {
       {"mice D1", {1, 2}, true, 5, 22.0,
@@ -263,14 +260,11 @@ TEST(MPRubinAlgorithm, ZeroWithinVarianceMeansAllInformationMissing) {
 }
 
 TEST(MPRubinAlgorithm, MalformedImputationsAreRejectedAndNotRecorded) {
-  struct Case {
-    const char* what;
-    int count;
-    std::vector<double> estimates, standardErrors, covariances;
-    long code;
-  };
   const double inf = std::numeric_limits<double>::infinity();
-  const std::vector<Case> cases = {
+  const struct {
+    const char* what; int count; std::vector<double> estimates, standardErrors, covariances;
+    long code;
+  } cases[] = {
       {"the first, which sets the shape", 2, {1, 2}, {1, 1}, {}, 0},
       {"system-missing estimate", 2, {1, kSysmis}, {0.5, 0.5}, {}, MPError::kSystemMissingInput},
       // A missing standard error counts too, and takes precedence over other faults.
@@ -290,7 +284,7 @@ TEST(MPRubinAlgorithm, MalformedImputationsAreRejectedAndNotRecorded) {
   };
   std::unique_ptr<MPCompAlgorithm> algorithm = MPFactory::CreateMPCompAlgorithm();
   MPParamContainer params;
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
     params.SetCount(c.count);
     params.Estimates() = c.estimates;
@@ -303,11 +297,7 @@ TEST(MPRubinAlgorithm, MalformedImputationsAreRejectedAndNotRecorded) {
 }
 
 TEST(MPRubinAlgorithm, MalformedCovarianceMatricesAreRejected) {
-  const struct {
-    const char* what;
-    std::vector<double> covariances;
-    long code;
-  } cases[] = {
+  const struct { const char* what; std::vector<double> covariances; long code; } cases[] = {
       {"wrong size", {1, 0, 0}, MPError::kCovarianceMismatch},
       {"not symmetric", {1, 0.5, 0.4, 1}, MPError::kCovarianceMismatch},
       {"negative variance", {1, 0, 0, -1}, MPError::kNegativeStandardError},

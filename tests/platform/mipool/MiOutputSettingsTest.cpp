@@ -8,10 +8,7 @@ namespace {
 
 TEST(MiOutputSettings, ValueSetsEachFlagByWhetherItsLowerCaseWordOccursAnywhere) {
   // Flags: pooled, observed, imputed, diagnostics.
-  const struct {
-    const char* value;
-    std::array<bool, 4> flags;
-  } cases[] = {
+  const struct { const char* value; std::array<bool, 4> flags; } cases[] = {
       {"pooled diagnostics", {true, false, false, true}},
       {"imputed,observed", {false, true, true, false}},
       {"[unpooled]xdiagnosticsx", {true, false, false, true}}, // even inside other text

@@ -26,11 +26,7 @@ TEST(BackendSettingsTest, EachCallStartsFromTheDefaults) {
 }
 
 TEST(BackendSettingsTest, MalformedNumbersNameTheKeyAndLine) {
-  const struct {
-    const char* text;
-    const char* key;
-    int line;
-  } cases[] = {
+  const struct { const char* text; const char* key; int line; } cases[] = {
       {"maxcells=12a", "maxcells", 1},         {"procedure=x\nmaxcells=", "maxcells", 2},
       {"maxcells=-1", "maxcells", 1},          {"maxcells= 5", "maxcells", 1},
       {"MaxCells=99999999999", "maxcells", 1}, {"\n\nunicode=yes", "unicode", 3},
