@@ -65,10 +65,8 @@ Results RunAll(MPCompAlgorithm& algorithm, const std::vector<double>& nulls = {0
 // pool.scalar(Q, U = se^2) and pool.scalar(Q, U, n = 30, k = 3); t, p and intervals from R's pt
 // and qt with pool.scalar's df and t.
 TEST(MPRubinAlgorithm, ScalarMatchesRubinAndBarnardRubin) {
-  const double q[] = {1.25, 0.875, 1.5, 1.0625, 1.375};
-  const double se[] = {0.5, 0.45, 0.55, 0.48, 0.52};
-  std::vector<Imputation> imputations;
-  for (std::size_t i = 0; i < 5; ++i) imputations.push_back({{q[i]}, {se[i]}, {}});
+  const std::vector<Imputation> imputations = {{{1.25}, {0.5}, {}}, {{0.875}, {0.45}, {}},
+      {{1.5}, {0.55}, {}}, {{1.0625}, {0.48}, {}}, {{1.375}, {0.52}, {}}};
   const struct {
     const char* what;
     double completeDf, df, fmi, p, lower95, upper95, lower90, upper90, relativeEfficiency;

@@ -11,6 +11,7 @@ TEST(MiOutputSettings, ValueSetsEachFlagByWhetherItsLowerCaseWordOccursAnywhere)
   const struct { const char* value; std::array<bool, 4> flags; } cases[] = {
       {"pooled diagnostics", {true, false, false, true}},
       {"imputed,observed", {false, true, true, false}},
+      {"observed", {false, true, false, false}},
       {"[unpooled]xdiagnosticsx", {true, false, false, true}}, // even inside other text
       {"", {false, false, false, false}},
       {"DIAGNOSTICS Pooled", {false, false, false, false}},

@@ -13,6 +13,7 @@
 namespace {
 
 using ByteOrder = OmStreamWriter::ByteOrder;
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -41,7 +42,7 @@ TEST(OmRecordDescriberTest, EveryShortenedRecordSaysTruncatedAndStaysInsideThePa
           return describer.Describe(record.code, payload, length);
         };
         EXPECT_THAT(describe(record.payload.data(), record.payload.size()),
-                    Not(HasSubstr("truncated")));
+                    AllOf(Not(HasSubstr("truncated")), Not(HasSubstr("extra bytes"))));
         for (std::size_t length = 0; length < record.payload.size(); ++length) {
           // A copy of exactly `length` bytes, so that the sanitizers catch any read past it.
           const std::vector<std::uint8_t> shortened(
@@ -85,11 +86,14 @@ TEST(OmRecordDescriberTest, ExtraBytesAndContinuedStringsAreMarked) {
   writer.Record(static_cast<std::int16_t>(MessageCode::IPC_BEGIN_NODE),
                 std::string_view("\x01\0\0\0\x09\x09", 6));
   writer.String(1, std::string(40000, 's'), 0);
+  writer.String(1, std::string(32766, 's'), 0); // the longest that fits one record
   OmRecordDescriber describer;
   EXPECT_EQ(describer.Describe(writer.Records()[0]),
             "IPC_BEGIN_NODE (278) 6 bytes: cell=1 (+2 extra bytes)");
   EXPECT_THAT(describer.Describe(writer.Records()[1]), HasSubstr("(continued)"));
   EXPECT_THAT(describer.Describe(writer.Records()[2]), Not(HasSubstr("(continued)")));
+  ASSERT_EQ(writer.Records().size(), 4u);
+  EXPECT_THAT(describer.Describe(writer.Records()[3]), Not(HasSubstr("(continued)")));
 }
 
 } // namespace
