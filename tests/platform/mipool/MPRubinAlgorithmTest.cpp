@@ -226,9 +226,8 @@ TEST(MPRubinAlgorithm, ZeroTotalVarianceGivesSystemMissingResultsWithoutFailing)
   EXPECT_EQ(x.dfStatus + x.intervalStatus + x.diagnosticsStatus + x.statisticStatus, 0);
   for (const std::vector<double>* result :
        {&x.df, &x.wald, &x.p, &x.statistic, &x.lower, &x.upper, &x.r, &x.fmi, &x.re, &x.sig,
-        &x.d1, &x.d1P}) {
+        &x.d1, &x.d1P})
     EXPECT_EQ(result->at(0), kSysmis);
-  }
   EXPECT_EQ(x.t.at(0), 0.0);
   EXPECT_EQ(x.waldStatus, MPError::kNoVariance);
 }
@@ -236,8 +235,7 @@ TEST(MPRubinAlgorithm, ZeroTotalVarianceGivesSystemMissingResultsWithoutFailing)
 TEST(MPRubinAlgorithm, ZeroWithinVarianceMeansAllInformationMissing) {
   MPParamContainer params;
   std::unique_ptr<MPCompAlgorithm> algorithm =
-      Pool({{{1.0}, {0.0}, {}}, {{2.0}, {0.0}, {}}, {{3.0}, {0.0}, {}}, {{4.0}, {0.0}, {}}},
-           params);
+      Pool({{{1.0}, {0}, {}}, {{2.0}, {0}, {}}, {{3.0}, {0}, {}}, {{4.0}, {0}, {}}}, params);
   ExpectRelNear(params.BetweenVariances().at(0), 5.0 / 3.0, kTight);
   ExpectRelNear(params.TotalVariances().at(0), 1.25 * 5.0 / 3.0, kTight);
   const Results x = RunAll(*algorithm);

@@ -36,8 +36,8 @@ TEST(BackendSettingsTest, MalformedNumbersNameTheKeyAndLine) {
     SCOPED_TRACE(c.text);
     EXPECT_THAT([&] { BackendSettings().setSettings(c.text); },
                 testing::ThrowsMessage<OMSException>(testing::StrEq(
-                    std::string("BackendSettings::setSettings -- malformed value for key ") + c.key +
-                    ", value 1 == " + std::to_string(c.line) + ", value 2 == 0")));
+                    std::string("BackendSettings::setSettings -- malformed value for key ") +
+                    c.key + ", value 1 == " + std::to_string(c.line) + ", value 2 == 0")));
   }
 }
 

@@ -23,8 +23,8 @@ TEST(OmRecordDescriberTest, TextsAreQuotedEscapedAndCut) {
   writer.LogLine(1, std::string(100, 'x'));
   OmRecordDescriber describer;
   EXPECT_THAT(describer.Describe(writer.Records()[0]), HasSubstr("text=\"a\\\"b\\\\c\\n\\x01\""));
-  EXPECT_THAT(describer.Describe(writer.Records()[1]),
-              HasSubstr("\"" + std::string(OmRecordDescriber::kTextShown, 'x') + "\"...(100 bytes)"));
+  const std::string shown(OmRecordDescriber::kTextShown, 'x');
+  EXPECT_THAT(describer.Describe(writer.Records()[1]), HasSubstr('"' + shown + "\"...(100 bytes)"));
 }
 
 // The records of the sample streams hold between them every message the writer makes.

@@ -42,7 +42,7 @@ protected:
     PathFactory::getPathInstance(PathFactory::kStringTables).ResetFolder();
     std::filesystem::remove_all(_root);
   }
-  std::string Path(const std::string& relative) const { return (_root / relative).generic_string(); }
+  std::string Path(const char* relative) const { return (_root / relative).generic_string(); }
 
   const std::filesystem::path _root =
       std::filesystem::temp_directory_path() / ("omf-strtab-" + std::to_string(::getpid()));
@@ -62,7 +62,8 @@ TEST_F(FacSTDictionaryTest, LocationIsALanguageFolderATableFileOrARootReadAsEngl
 TEST_F(FacSTDictionaryTest, TableFileThatIsAFolderIsAnError) {
   std::filesystem::create_directories(_root / "lang/ru/omfactory.stt");
   EXPECT_THAT([&] { FacSTDictionary dictionary(Path("lang/ru")); },
-              testing::ThrowsMessage<OMSException>(testing::HasSubstr("omfactory.stt is not a file")));
+              testing::ThrowsMessage<OMSException>(
+                  testing::HasSubstr("omfactory.stt is not a file")));
 }
 
 TEST_F(FacSTDictionaryTest, CopiesShareTheTableButSelectProceduresOnTheirOwn) {

@@ -25,7 +25,8 @@ TEST_F(PathFactoryTest, OnlyTheStringTableKindExists) {
   EXPECT_EQ(&PathFactory::getPathInstance(3), &_paths);
   EXPECT_THAT([] { PathFactory::getPathInstance(7); },
               testing::ThrowsMessage<OMSException>(testing::StrEq(
-                  "PathFactory::getPathInstance -- unknown path kind, value 1 == 7, value 2 == 0")));
+                  "PathFactory::getPathInstance -- unknown path kind, value 1 == 7, "
+                  "value 2 == 0")));
 }
 
 TEST_F(PathFactoryTest, FullPathJoinsRootAndFolderAndMakesTheFolderCurrent) {

@@ -45,15 +45,15 @@ protected:
   FacSTDictionary _english{kRoot + "/lang/en"};
 };
 
-// Expects every key of `from` in the same section of `to`, whose translation has the key's
-// placeholders; returns the number of keys.
-std::size_t ExpectKeysIn(const StringTable& from, const StringTable& to, const std::string& toName) {
+// Expects every key of `from` in the same section of `to` (called `name` in failures), whose
+// translation there has the key's placeholders; returns the number of keys.
+std::size_t ExpectKeysIn(const StringTable& from, const StringTable& to, const std::string& name) {
   std::size_t keys = 0;
   for (const StringTableSection* section : from.Sections()) {
     const StringTableSection* same =
         section->Name().empty() ? &to.Global() : to.FindSection(section->Name());
     if (!same) {
-      ADD_FAILURE() << toName << " lacks [procedure " << section->Name() << "]";
+      ADD_FAILURE() << name << " lacks [procedure " << section->Name() << "]";
       continue;
     }
     for (const auto& [key, entry] : section->Entries()) {
@@ -62,7 +62,7 @@ std::size_t ExpectKeysIn(const StringTable& from, const StringTable& to, const s
         EXPECT_EQ(Placeholders(translation->_translation), Placeholders(key))
             << "\"" << key << "\" -> \"" << translation->_translation << "\"";
       } else {
-        ADD_FAILURE() << toName << " lacks \"" << key << "\" (line " << entry._line << ")";
+        ADD_FAILURE() << name << " lacks \"" << key << "\" (line " << entry._line << ")";
       }
     }
   }
@@ -109,7 +109,6 @@ TEST_F(ShippedTablesTest, EveryLanguageHasEveryEnglishKeyInItsSectionWithTheSame
 TEST_F(ShippedTablesTest, EveryTextTheExamplesSendAsTranslatableHasAKey) {
   const std::vector<std::string> texts = TranslatableTextsOfTheExamples();
   EXPECT_GT(texts.size(), 40u);
-  for (const std::string& text : texts) {
+  for (const std::string& text : texts)
     EXPECT_NE(_english.Table()->Global().Find(text), nullptr) << "no key \"" << text << "\"";
-  }
 }
