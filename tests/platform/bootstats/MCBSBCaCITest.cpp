@@ -1,27 +1,21 @@
 #include "platform/bootstats/MCBSBCaCI.h"
 
 #include <limits>
+#include <numeric>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "platform/bootstats/MCBSCommon.h"
-#include "tests/platform/bootstats/BootReferenceData.h"
 
 namespace {
 constexpr double kMissing = MCBSCommon::SystemMissing;
 
 std::vector<double> OneTo(int count) {
-  std::vector<double> values;
-  for (int i = 1; i <= count; ++i) values.push_back(i);
+  std::vector<double> values(count);
+  std::iota(values.begin(), values.end(), 1.0);
   return values;
-}
-
-double Acceleration(const std::vector<double>& values, const std::vector<double>& weights,
-                    const std::vector<std::uint32_t>& groups) {
-  MCBSBCaCI ci(0.0);
-  for (std::size_t i = 0; i < values.size(); ++i) ci.AddJackknifeStat(values[i], weights[i], groups[i]);
-  return ci.GetAcceleration();
 }
 
 }  // namespace
@@ -42,16 +36,13 @@ TEST(MCBSBCaCI, GroupWeightSumsScaleTheGroups) {
 }
 
 TEST(MCBSBCaCI, UnusableJackknifeEntriesAreLeftOut) {
-  const double plain = Acceleration({1.0, 2.0, 7.0}, {1.0, 1.0, 1.0}, {0, 0, 0});
-  MCBSBCaCI ci(0.0);
-  ci.AddJackknifeStat(1.0, 1.0, 0);
-  ci.AddJackknifeStat(kMissing, 1.0, 0);
-  ci.AddJackknifeStat(2.0, 1.0, 0);
-  ci.AddJackknifeStat(50.0, 0.0, 0);
-  ci.AddJackknifeStat(60.0, -1.0, 0);
-  ci.AddJackknifeStat(70.0, std::numeric_limits<double>::quiet_NaN(), 0);
-  ci.AddJackknifeStat(7.0, 1.0, 0);
-  EXPECT_NEAR(ci.GetAcceleration(), plain, 1e-15);
+  MCBSBCaCI plain(0.0), mixed(0.0);
+  for (double value : {1.0, 2.0, 7.0}) plain.AddJackknifeStat(value, 1.0, 0);
+  const std::pair<double, double> entries[] = {
+      {1.0, 1.0}, {kMissing, 1.0}, {2.0, 1.0}, {50.0, 0.0}, {60.0, -1.0},
+      {70.0, std::numeric_limits<double>::quiet_NaN()}, {7.0, 1.0}};
+  for (const auto& [value, weight] : entries) mixed.AddJackknifeStat(value, weight, 0);
+  EXPECT_NEAR(mixed.GetAcceleration(), plain.GetAcceleration(), 1e-15);
 }
 
 TEST(MCBSBCaCI, UnusableInputGivesSystemMissingBounds) {
@@ -59,10 +50,7 @@ TEST(MCBSBCaCI, UnusableInputGivesSystemMissingBounds) {
   std::vector<double> withNaN = OneTo(100);
   withNaN[3] = nan;
   const struct {
-    const char* what;
-    double estimate;
-    std::vector<double> replicates, jackknife;
-    double level;
+    const char* what; double estimate; std::vector<double> replicates, jackknife; double level;
     bool biasMissing, accelerationMissing;
   } cases[] = {
       {"all replicates above the estimate", 0.5, OneTo(100), {1.0, 2.5}, 0.95, true, false},
@@ -83,12 +71,7 @@ TEST(MCBSBCaCI, UnusableInputGivesSystemMissingBounds) {
     ci.SetBootstrapStats(c.replicates);
     for (double value : c.jackknife) ci.AddJackknifeStat(value, 1.0, 0);
     EXPECT_EQ(ci.GetCI(c.level), std::make_pair(kMissing, kMissing));
-    if (c.biasMissing) {
-      EXPECT_EQ(ci.GetBiasCorrection(), kMissing);
-    }
-    if (c.accelerationMissing) {
-      EXPECT_EQ(ci.GetAcceleration(), kMissing);
-    }
+    if (c.biasMissing) { EXPECT_EQ(ci.GetBiasCorrection(), kMissing); }
+    if (c.accelerationMissing) { EXPECT_EQ(ci.GetAcceleration(), kMissing); }
   }
 }
-

@@ -1,33 +1,17 @@
+#include <array>
+
 #include <gtest/gtest.h>
 
 #include "platform/mipool/MiOutputSettings.h"
 
 namespace {
 
-struct Flags {
-  bool pooled, observed, imputed, diagnostics;
-  bool operator==(const Flags&) const = default;
-};
-
-Flags Read() {
-  Flags flags{};
-  MiOutputSettings(flags.pooled, flags.observed, flags.imputed, flags.diagnostics);
-  return flags;
-}
-
-// The settings are process-wide: every test leaves them as a fresh process has them.
-class MiOutputSettingsTest : public ::testing::Test {
-protected:
-  void TearDown() override { SetMiOutputSettings(true, true, true, true); }
-};
-
-TEST_F(MiOutputSettingsTest, ValueSetsEachFlagByWhetherItsLowerCaseWordOccursAnywhere) {
-  const struct {
-    const char* value;
-    Flags flags;
-  } cases[] = {
+TEST(MiOutputSettings, ValueSetsEachFlagByWhetherItsLowerCaseWordOccursAnywhere) {
+  // Flags: pooled, observed, imputed, diagnostics.
+  const struct { const char* value; std::array<bool, 4> flags; } cases[] = {
       {"pooled diagnostics", {true, false, false, true}},
       {"imputed,observed", {false, true, true, false}},
+      {"observed", {false, true, false, false}},
       {"[unpooled]xdiagnosticsx", {true, false, false, true}}, // even inside other text
       {"", {false, false, false, false}},
       {"DIAGNOSTICS Pooled", {false, false, false, false}},
@@ -35,8 +19,11 @@ TEST_F(MiOutputSettingsTest, ValueSetsEachFlagByWhetherItsLowerCaseWordOccursAny
   for (const auto& c : cases) {
     SCOPED_TRACE(c.value);
     SetMiOutputSettingsFromValue(c.value);
-    EXPECT_EQ(Read(), c.flags);
+    std::array<bool, 4> flags{};
+    MiOutputSettings(flags[0], flags[1], flags[2], flags[3]);
+    EXPECT_EQ(flags, c.flags);
   }
+  SetMiOutputSettings(true, true, true, true); // as a fresh process has them
 }
 
 } // namespace

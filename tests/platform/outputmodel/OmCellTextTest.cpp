@@ -7,7 +7,6 @@
 #include "platform/outputmodel/OmStringCell.h"
 #include "platform/outputmodel/OmStringCellUTF8.h"
 #include "platform/outputmodel/OmStringDataValue.h"
-#include "platform/outputmodel/OmVariable.h"
 
 namespace {
 
@@ -51,16 +50,5 @@ TEST(OmStringCellUTF8, HoldsOneToThreeTextsAndShowsTheFirst) {
   EXPECT_NE(one.Compare(three), 0);
   EXPECT_TRUE(three.Equals(OmStringCellUTF8("a", "b", "c")));
 }
-
-class KindRecorder : public OmCellText::Visitor {
-public:
-  std::string seen;
-  void Visit(OmNumber&) override { seen += "N"; }
-  void Visit(OmStringCell&) override { seen += "S"; }
-  void Visit(OmStringCellUTF8&) override { seen += "U"; }
-  void Visit(OmVariable&) override { seen += "V"; }
-  void Visit(OmNumDataValue&) override { seen += "D"; }
-  void Visit(OmStringDataValue&) override { seen += "T"; }
-};
 
 }  // namespace

@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/errors/OMSException.h"
-
 #include "platform/outputmodel/Amputate.h"
-#include "platform/outputmodel/OmChart.h"
 #include "platform/outputmodel/OmHeading.h"
 #include "platform/outputmodel/OmPivotTable.h"
 #include "platform/outputmodel/OmProcedure.h"
@@ -47,16 +45,6 @@ TEST(OmOutputTree, ReleaseHandsALeafsPartOver) {
   part.reset();
   EXPECT_EQ(gDestroyed, 1);
 }
-
-class PartRecorder : public OmOutputPart::Visitor {
-public:
-  std::string seen;
-  void Visit(OmPivotTable&) override { seen += "T"; }
-  void Visit(OmProcedure&) override { seen += "P"; }
-  void Visit(OmHeading&) override { seen += "H"; }
-  void Visit(OmTextBlock&) override { seen += "X"; }
-  void Visit(OmChart&) override { seen += "C"; }
-};
 
 TEST(Amputate, AppendsATitledBlockUnderTheProcedure) {
   OmOutputTree tree;

@@ -1,10 +1,8 @@
 #include "platform/outputmodel/OmPivotTable.h"
 
-
 #include <gtest/gtest.h>
 
 #include "platform/errors/OMSException.h"
-
 #include "platform/outputmodel/OmNumber.h"
 #include "platform/outputmodel/OmStringCell.h"
 #include "platform/outputmodel/OmVariable.h"
@@ -58,24 +56,18 @@ TEST(OmPivotTable, HoldsAMillionCellsCompactly) {
   for (int d = 0; d < 4; ++d) t.AddDimension(OmNumber(d));
   std::vector<int> c(4);
   int n = 0;
-  for (c[0] = 0; c[0] < 10; ++c[0]) {
-    for (c[1] = 0; c[1] < 100; ++c[1]) {
+  for (c[0] = 0; c[0] < 10; ++c[0])
+    for (c[1] = 0; c[1] < 100; ++c[1])
       for (c[2] = 0; c[2] < 100; ++c[2]) {
         c[3] = (c[0] + c[1] + c[2]) % 7;
         t.Cell(c, std::make_unique<OmNumber>(n++));
       }
-    }
-  }
   EXPECT_EQ(t.NCells(), 100000u);
   // Another 900,000 in a fresh region of dimension 3.
-  for (c[0] = 0; c[0] < 10; ++c[0]) {
-    for (c[1] = 0; c[1] < 300; ++c[1]) {
-      for (c[2] = 0; c[2] < 300; ++c[2]) {
-        c[3] = 10;
-        t.Cell(c, std::make_unique<OmNumber>(n++));
-      }
-    }
-  }
+  c[3] = 10;
+  for (c[0] = 0; c[0] < 10; ++c[0])
+    for (c[1] = 0; c[1] < 300; ++c[1])
+      for (c[2] = 0; c[2] < 300; ++c[2]) t.Cell(c, std::make_unique<OmNumber>(n++));
   EXPECT_EQ(t.NCells(), 1000000u);
   EXPECT_EQ(ValueAt(t, {9, 99, 99, (9 + 99 + 99) % 7}), 99999);
   EXPECT_EQ(ValueAt(t, {9, 299, 299, 10}), 999999);
@@ -86,16 +78,11 @@ TEST(OmPivotTable, HoldsAMillionCellsCompactly) {
 TEST(OmPivotTable, EqualFootnotesAreStoredOnce) {
   OmPivotTable t(S("t"), S("t"));
   OmStringCell star("*");
-  const int a = t.Footnote(OmFootnote(S("Based on 1000 samples")));
-  const int b = t.Footnote(OmFootnote(S("Lower bound")));
-  const int a2 = t.Footnote(OmFootnote(S("Based on 1000 samples")));
-  const int marked = t.Footnote(OmFootnote(S("Lower bound"), &star));
-  const int forced = t.Footnote(OmFootnote(S("Lower bound")), true);
-  EXPECT_EQ(a, 0);
-  EXPECT_EQ(b, 1);
-  EXPECT_EQ(a2, 0);
-  EXPECT_EQ(marked, 2);  // a marker makes it another footnote
-  EXPECT_EQ(forced, 3);
+  EXPECT_EQ(t.Footnote(OmFootnote(S("Based on 1000 samples"))), 0);
+  EXPECT_EQ(t.Footnote(OmFootnote(S("Lower bound"))), 1);
+  EXPECT_EQ(t.Footnote(OmFootnote(S("Based on 1000 samples"))), 0);
+  EXPECT_EQ(t.Footnote(OmFootnote(S("Lower bound"), &star)), 2);  // a marker makes another
+  EXPECT_EQ(t.Footnote(OmFootnote(S("Lower bound")), true), 3);   // so does forcing
   EXPECT_EQ(t.Footnote(OmFootnote(S("Lower bound"), &star)), 2);
   ASSERT_EQ(t.Footnotes().size(), 4u);
   EXPECT_EQ(t.Footnotes()[2].Marker()->Text(), "*");

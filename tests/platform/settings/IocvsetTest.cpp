@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "platform/errors/OMSException.h"
@@ -16,14 +17,12 @@ protected:
 
 TEST_F(IocvsetTest, NamesAreStoredByValueAndALaterNameReplaces) {
   IocvConversionName option;
-  option.value = 4;
-  std::memcpy(option.name, "latin1", 7);
-  iocvset_(kIocvConversionName, &option);
-  std::memcpy(option.name, "cp1252", 7);
-  iocvset_(kIocvConversionName, &option);
-  option.value = -1;
-  std::memcpy(option.name, "utf8", 5);
-  iocvset_(kIocvConversionName, &option);
+  const std::pair<int, const char*> names[] = {{4, "latin1"}, {4, "cp1252"}, {-1, "utf8"}};
+  for (const auto& [value, name] : names) {
+    option.value = value;
+    std::strcpy(option.name, name);
+    iocvset_(kIocvConversionName, &option);
+  }
 
   EXPECT_EQ(IocvConversionNameOf(4), "cp1252");
   EXPECT_EQ(IocvConversionNameOf(-1), "utf8");
@@ -34,13 +33,9 @@ TEST_F(IocvsetTest, NamesAreStoredByValueAndALaterNameReplaces) {
 
 TEST_F(IocvsetTest, UnknownKindOrMissingRecordIsAnOMSException) {
   const IocvConversionPair pair{1, 2};
-  try {
-    iocvset_(std::int64_t{7}, &pair);
-    FAIL() << "kind 7 accepted";
-  } catch (const OMSException& e) {
-    EXPECT_EQ(e.Message(), "iocvset_ -- unknown option kind");
-    EXPECT_EQ(e.Value1(), 7.0);
-  }
+  EXPECT_THAT([&] { iocvset_(std::int64_t{7}, &pair); },
+              testing::ThrowsMessage<OMSException>(
+                  testing::StrEq("iocvset_ -- unknown option kind, value 1 == 7, value 2 == 0")));
   EXPECT_THROW(iocvset_(kIocvConversionPair, nullptr), OMSException);
   EXPECT_TRUE(IocvConversionPairs().empty());
 }

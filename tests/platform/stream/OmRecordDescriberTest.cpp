@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "fuzz/OmSampleStreams.h"
@@ -12,52 +13,44 @@
 namespace {
 
 using ByteOrder = OmStreamWriter::ByteOrder;
-
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
-// The records of the sample streams: between them every message the writer makes.
-std::vector<OmStreamRecord> EveryMessage(ByteOrder order) {
-  std::vector<OmStreamRecord> records;
-  for (const OmSampleStreams::Named& sample : OmSampleStreams::All(order)) {
-    for (const OmStreamRecord& record : sample.stream.Records()) records.push_back(record);
-  }
-  return records;
-}
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
 
 TEST(OmRecordDescriberTest, TextsAreQuotedEscapedAndCut) {
   OmStreamWriter writer;
   writer.LogLine(1, std::string("a\"b\\c\n\x01", 7));
   writer.LogLine(1, std::string(100, 'x'));
   OmRecordDescriber describer;
-  EXPECT_TRUE(Contains(describer.Describe(writer.Records()[0]), "text=\"a\\\"b\\\\c\\n\\x01\""));
-  const std::string cut = describer.Describe(writer.Records()[1]);
-  EXPECT_TRUE(
-      Contains(cut, "\"" + std::string(OmRecordDescriber::kTextShown, 'x') + "\"...(100 bytes)"))
-      << cut;
+  EXPECT_THAT(describer.Describe(writer.Records()[0]), HasSubstr("text=\"a\\\"b\\\\c\\n\\x01\""));
+  const std::string shown(OmRecordDescriber::kTextShown, 'x');
+  EXPECT_THAT(describer.Describe(writer.Records()[1]), HasSubstr('"' + shown + "\"...(100 bytes)"));
 }
 
+// The records of the sample streams hold between them every message the writer makes.
 TEST(OmRecordDescriberTest, EveryShortenedRecordSaysTruncatedAndStaysInsideThePayload) {
   for (ByteOrder order : {ByteOrder::LittleEndian, ByteOrder::BigEndian}) {
-    for (const OmStreamRecord& record : EveryMessage(order)) {
-      const bool multiPart =
-          record.code == static_cast<std::int16_t>(MessageCode::IPC_END_PROCEDURE) ||
-          record.code == static_cast<std::int16_t>(MessageCode::IPC_MODEL_PMML);
-      const bool swapped = order == ByteOrder::BigEndian;
-      OmRecordDescriber full;
-      full.SwapBytes(swapped);
-      EXPECT_FALSE(Contains(full.Describe(record), "truncated")) << full.Describe(record);
-      for (std::size_t length = 0; length < record.payload.size(); ++length) {
-        // A copy of exactly `length` bytes, so that the sanitizers catch any read past it.
-        const std::vector<std::uint8_t> shortened(
-            record.payload.begin(), record.payload.begin() + static_cast<std::ptrdiff_t>(length));
-        OmRecordDescriber describer;
-        describer.SwapBytes(swapped);
-        const std::string text =
-            describer.Describe(record.code, shortened.data(), shortened.size());
-        if (multiPart && length >= 12) continue; // the share may be any length
-        EXPECT_TRUE(Contains(text, "truncated")) << text;
+    for (const OmSampleStreams::Named& sample : OmSampleStreams::All(order)) {
+      for (const OmStreamRecord& record : sample.stream.Records()) {
+        const bool multiPart =
+            record.code == static_cast<std::int16_t>(MessageCode::IPC_END_PROCEDURE) ||
+            record.code == static_cast<std::int16_t>(MessageCode::IPC_MODEL_PMML);
+        // A fresh describer for every description: one may switch the byte order it reads.
+        const auto describe = [&](const std::uint8_t* payload, std::size_t length) {
+          OmRecordDescriber describer;
+          describer.SwapBytes(order == ByteOrder::BigEndian);
+          return describer.Describe(record.code, payload, length);
+        };
+        EXPECT_THAT(describe(record.payload.data(), record.payload.size()),
+                    AllOf(Not(HasSubstr("truncated")), Not(HasSubstr("extra bytes"))));
+        for (std::size_t length = 0; length < record.payload.size(); ++length) {
+          // A copy of exactly `length` bytes, so that the sanitizers catch any read past it.
+          const std::vector<std::uint8_t> shortened(
+              record.payload.begin(), record.payload.begin() + static_cast<std::ptrdiff_t>(length));
+          const std::string text = describe(shortened.data(), shortened.size());
+          // A multi-part message's share may be any length.
+          if (!multiPart || length < 12) { EXPECT_THAT(text, HasSubstr("truncated")); }
+        }
       }
     }
   }
@@ -93,11 +86,14 @@ TEST(OmRecordDescriberTest, ExtraBytesAndContinuedStringsAreMarked) {
   writer.Record(static_cast<std::int16_t>(MessageCode::IPC_BEGIN_NODE),
                 std::string_view("\x01\0\0\0\x09\x09", 6));
   writer.String(1, std::string(40000, 's'), 0);
+  writer.String(1, std::string(32766, 's'), 0); // the longest that fits one record
   OmRecordDescriber describer;
   EXPECT_EQ(describer.Describe(writer.Records()[0]),
             "IPC_BEGIN_NODE (278) 6 bytes: cell=1 (+2 extra bytes)");
-  EXPECT_TRUE(Contains(describer.Describe(writer.Records()[1]), "(continued)"));
-  EXPECT_FALSE(Contains(describer.Describe(writer.Records()[2]), "(continued)"));
+  EXPECT_THAT(describer.Describe(writer.Records()[1]), HasSubstr("(continued)"));
+  EXPECT_THAT(describer.Describe(writer.Records()[2]), Not(HasSubstr("(continued)")));
+  ASSERT_EQ(writer.Records().size(), 4u);
+  EXPECT_THAT(describer.Describe(writer.Records()[3]), Not(HasSubstr("(continued)")));
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "platform/stream/OmStreamReader.h"
 
-#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -10,17 +9,7 @@
 
 namespace {
 
-using ByteOrder = OmStreamWriter::ByteOrder;
-
-// The records a reader hands out before it throws, and what it throws: record number, offset.
-struct Failure {
-  std::vector<OmStreamRecord> records;
-  std::string message;
-  double number = 0;
-  double offset = 0;
-};
-
-TEST(OmStreamReaderTest, RefusesFilesThatAreNotVersionOneStreams) {
+TEST(OmStreamReaderTest, RefusesMissingFilesAndFilesThatAreNotVersionOneStreams) {
   const std::vector<std::uint8_t> good = OmStreamWriter().FileBytes();
   auto with = [&](std::size_t offset, std::uint8_t value) {
     std::vector<std::uint8_t> bytes = good;
@@ -34,9 +23,6 @@ TEST(OmStreamReaderTest, RefusesFilesThatAreNotVersionOneStreams) {
   EXPECT_THROW(OmStreamReader(with(8, 2)), OMSException);
   EXPECT_THROW(OmStreamReader(with(12, 1)), OMSException);
   EXPECT_NO_THROW(OmStreamReader(std::vector<std::uint8_t>(good)));
-}
-
-TEST(OmStreamReaderTest, MissingFileIsAnOMSException) {
   EXPECT_THROW(OmStreamReader::FromFile("/nonexistent/folder/stream.oms"), OMSException);
 }
 

@@ -4,23 +4,13 @@
 
 #include "platform/errors/OMSException.h"
 
-namespace {
-
-// The session code page is process-wide: every test that changes it puts UTF-8 back.
-class CodePageTest : public ::testing::Test {
-protected:
-  void TearDown() override { CodePage::SetCurrent("UTF-8"); }
-};
-
-}  // namespace
-
-TEST_F(CodePageTest, GetReturnsOneObjectPerNameAndReadsDigitsAsAWindowsCodePage) {
+TEST(CodePage, GetReturnsOneObjectPerNameAndReadsDigitsAsAWindowsCodePage) {
   EXPECT_EQ(&CodePage::Get("Shift_JIS"), &CodePage::Get("Shift_JIS"));
   EXPECT_EQ(CodePage::Get("1252").IcuName(), CodePage::Get("windows-1252").IcuName());
   EXPECT_EQ(CodePage::Get("932").IcuName(), CodePage::Get("Shift_JIS").IcuName());
 }
 
-TEST_F(CodePageTest, RejectsUnknownEmptyAndUnusableCodePages) {
+TEST(CodePage, RejectsUnknownEmptyAndUnusableCodePages) {
   EXPECT_THROW(CodePage::Get("no-such-code-page"), OMSException);
   EXPECT_THROW(CodePage::Get(""), OMSException);
   EXPECT_THROW(CodePage::Get(std::string_view("UTF-8\0x", 7)), OMSException);
@@ -31,7 +21,7 @@ TEST_F(CodePageTest, RejectsUnknownEmptyAndUnusableCodePages) {
   EXPECT_TRUE(CodePage::Current().IsUtf8());
 }
 
-TEST_F(CodePageTest, UnrepresentableCharactersBecomeQuestionMarksAndBadBytesReplacementCharacters) {
+TEST(CodePage, UnrepresentableCharactersBecomeQuestionMarksAndBadBytesReplacementCharacters) {
   EXPECT_EQ(FromUtf8("a日b", "windows-1252"), "a?b");
   EXPECT_EQ(FromUtf8("a\xFF" "b", "windows-1252"), "a?b");  // malformed UTF-8
   EXPECT_EQ(FromUtf8("aÄb", "Shift_JIS").front(), 'a');

@@ -1,11 +1,10 @@
 #include "platform/stringtables/PathFactory.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
 
 #include "platform/errors/OMSException.h"
 #include "platform/stringtables/FacSTDictionary.h"
-#include "tests/platform/stringtables/TempTables.h"
 
 namespace {
 
@@ -24,13 +23,10 @@ protected:
 
 TEST_F(PathFactoryTest, OnlyTheStringTableKindExists) {
   EXPECT_EQ(&PathFactory::getPathInstance(3), &_paths);
-  try {
-    PathFactory::getPathInstance(7);
-    FAIL() << "no exception";
-  } catch (const OMSException& e) {
-    EXPECT_EQ(e.Message(), "PathFactory::getPathInstance -- unknown path kind");
-    EXPECT_EQ(e.Value1(), 7);
-  }
+  EXPECT_THAT([] { PathFactory::getPathInstance(7); },
+              testing::ThrowsMessage<OMSException>(testing::StrEq(
+                  "PathFactory::getPathInstance -- unknown path kind, value 1 == 7, "
+                  "value 2 == 0")));
 }
 
 TEST_F(PathFactoryTest, FullPathJoinsRootAndFolderAndMakesTheFolderCurrent) {
