@@ -72,8 +72,10 @@ public:
   // Handles one message: code, payload length in bytes, payload. The payload must be writable:
   // numeric fields are byte-reversed in place under SwapBytes and a few fields are rewritten
   // (clamped lengths, format top bytes), as the sender's protocol expects. An OMSException inside
-  // a procedure ends in recovery (the procedure is appended, marked "Output Missing"); outside one
-  // it is dropped. std::bad_alloc reaches the caller after recovery; other exceptions pass through.
+  // a procedure ends in recovery (the procedure is appended, marked "Output Missing" where its
+  // output was cut); outside one it is dropped. std::bad_alloc reaches the caller after recovery;
+  // other exceptions pass through. When recovery itself fails, the output collected so far is
+  // appended as it stands and that failure reaches the caller.
   void Message(short code, unsigned int length, const void* payload);
 
   OmOutputTree* Tree() const;
@@ -116,7 +118,9 @@ public:
   // The MIOUTPUT flags handed to the end of each procedure.
   void ImputationOutput(bool& pooled, bool& observed, bool& imputed, bool& diagnostics) const;
   // How many OMSExceptions Message has recovered from or dropped, and the last of them (null
-  // before the first), so that a host can report failures the stream itself never sees.
+  // before the first), so that a host can report failures the stream itself never sees. A
+  // procedure whose code page or locale cannot be opened counts too: it is built in the
+  // session's code page and the root locale instead.
   std::size_t RecoveredErrorCount() const;
   const OMSException* LastRecoveredError() const;
   // What the session did in place of what the stream asked, without cutting output (an output

@@ -104,23 +104,29 @@ void OmFactory::Data::Message(short code, unsigned length, const void* payload) 
     ProcessMessage(code, length, payload);
   } catch (const std::bad_alloc&) {
     if (!_pProc) throw;
-    SalvageOrDrop();
+    SalvageOrKeep();
     _pProc.reset();
     throw;
   } catch (const OMSException& error) {
-    ++_recoveredErrors;
-    _lastError = std::make_unique<OMSException>(error);
+    Recovered(error);
     if (!_pProc) return;
-    SalvageOrDrop();
+    SalvageOrKeep();
   }
 }
 
-void OmFactory::Data::SalvageOrDrop() {
+void OmFactory::Data::Recovered(const OMSException& error) {
+  ++_recoveredErrors;
+  _lastError = std::make_unique<OMSException>(error);
+}
+
+void OmFactory::Data::SalvageOrKeep() {
   try {
     Salvage();
   } catch (...) {
-    // Whatever was collected is lost; a procedure left open would refuse every later one.
+    // A procedure left open would refuse every later one, so it is closed; what it collected is
+    // shown rather than lost with it.
     _messageHandler.reset();
+    KeepCollected();
     EndProcedureState();
     throw;
   }
@@ -131,20 +137,45 @@ void OmFactory::Data::Salvage() {
   _pivots.fill(nullptr);
   _selector.SetCommand("");
   _logBlock = nullptr;
-  OmOutputTree& procTree = _pProc->Tree();
-  if (procTree.Size() >= 2) {
-    const OmStringCell title("Output Missing", true);
-    OmOutputTree::Node node = Amputate(procTree.Root().FirstChild(), title, _codePage);
-    if (auto* block = dynamic_cast<OmTextBlock*>(node.Value())) {
-      block->AddLine(_dictionary.LookUp("Out of memory collecting output."));
-    }
-  }
+  MarkCut();
   AppendProc(0, nullptr);
+}
+
+void OmFactory::Data::MarkCut() {
+  if (_cutMarked) return;
+  const OmOutputTree::Node at = _pProc->CutPoint();
+  if (at.IsEnd()) return;
+  const OmStringCell title("Output Missing", true);
+  const OmOutputTree::Node node = Amputate(at, title, _codePage);
+  _cutMarked = true;
+  if (auto* block = dynamic_cast<OmTextBlock*>(node.Value())) {
+    block->AddLine(_dictionary.LookUp("Out of memory collecting output."));
+  }
+  // After a failure inside the end of the procedure the block comes too late for the end's
+  // translation and pruning: it gets them now.
+  _pProc->FinishLatePart(node);
+}
+
+void OmFactory::Data::KeepCollected() noexcept {
+  if (!_pProc || _procedureOffered) return;
+  try {
+    try {
+      MarkCut();
+    } catch (...) {
+      // Unmarked output is still better than none.
+    }
+    _pProc->EndAsCollected();
+    HandOver();
+  } catch (...) {
+    // The failure that brought us here goes on to the host; this one would only hide it.
+  }
 }
 
 void OmFactory::Data::EndProcedureState() {
   _pProc.reset();
   _procedureEnding = false;
+  _procedureOffered = false;
+  _cutMarked = false;
   _pivots.fill(nullptr);
   _cells.Clear();
   _selector.SetCommand("");
@@ -160,30 +191,43 @@ void OmFactory::Data::BeginProcedure(std::int64_t id, std::string_view settingsT
   const std::string procName = settings.getProcedureName();
   const std::string translatedName = settings.getTranslatedName();
   const std::string language = settings.getOutputLanguage();
-  const std::string codePage = settings.getCodePage();
-  const std::string locale = settings.getLocale();
+  std::string codePage = settings.getCodePage();
+  std::string locale = settings.getLocale();
   const bool unicode = settings.getUnicode();
 
+  // A code page or locale that cannot be opened costs the procedure only its own conversion and
+  // collation: it is built in the session's code page and the root locale, and the host is told
+  // once for the procedure.
+  std::string fallbacks;
   if (codePage != _codePage) {
-    _page = &CodePage::Get(codePage);  // an unknown name throws before anything changes
-    CodePage::SetCurrent(*_page);
-    _dictionary.SetCodePage(_page);
-    _logBlock = nullptr;
-    _codePage = codePage;
+    const CodePage* page = nullptr;
+    try {
+      page = &CodePage::Get(codePage);
+    } catch (const OMSException& error) {
+      fallbacks = "code page unavailable, \"" + _codePage + "\" used: " + error.Message();
+      codePage = _codePage;
+    }
+    if (page != nullptr) {
+      _page = page;
+      CodePage::SetCurrent(*_page);
+      _dictionary.SetCodePage(_page);
+      _logBlock = nullptr;
+      _codePage = codePage;
+    }
   }
   if (unicode != _unicode || locale != _locale) {
-    icuTracker* tracker = nullptr;
-    for (const auto& made : _trackers) {
-      if (made->IsUnicode() == unicode && made->LocaleName() == locale) tracker = made.get();
+    try {
+      _tracker = Tracker(unicode, locale);
+    } catch (const OMSException& error) {
+      if (!fallbacks.empty()) fallbacks += "; ";
+      fallbacks += "locale unavailable, the root locale used: " + error.Message();
+      locale.clear();
+      _tracker = Tracker(unicode, locale);
     }
-    if (tracker == nullptr) {
-      _trackers.push_back(std::make_unique<icuTracker>(unicode, locale));
-      tracker = _trackers.back().get();
-    }
-    _tracker = tracker;
     _locale = locale;
     _unicode = unicode;
   }
+  if (!fallbacks.empty()) Recovered(OMSException("OmFactory::BeginProcedure() -- " + fallbacks));
   _dictionary.SetProcedureEx(procName);
 
   _pProc = std::make_unique<OmProcedureFactory>(procName, translatedName, language, codePage,
@@ -192,6 +236,14 @@ void OmFactory::Data::BeginProcedure(std::int64_t id, std::string_view settingsT
   _pProc->setId(id);
   _pProc->SetBootstrapped(settings.getBootstrapped());
   _pProc->setSettings(settings);
+}
+
+icuTracker* OmFactory::Data::Tracker(bool unicode, const std::string& locale) {
+  for (const auto& made : _trackers) {
+    if (made->IsUnicode() == unicode && made->LocaleName() == locale) return made.get();
+  }
+  _trackers.push_back(std::make_unique<icuTracker>(unicode, locale));
+  return _trackers.back().get();
 }
 
 void OmFactory::Data::AppendProc(unsigned length, const void* payload) {
@@ -216,50 +268,54 @@ void OmFactory::Data::AppendProc(unsigned length, const void* payload) {
       _pProc->EndProcedure(std::uint32_t(specs.size()), specs.data(), _pooled, _observed,
                            _imputed, _diagnostics);
     }
-    OmOutputTree& procTree = _pProc->Tree();
-    if (procTree.Size() >= 2) {
-      auto* first = dynamic_cast<OmProcedure*>(procTree.Root().FirstChild().Value());
-      if (first == nullptr) {
-        // Output that escaped the procedure node (an IPC_END_NODE too many) cannot be appended;
-        // a procedure left open would refuse every later one, so it is closed before the throw.
-        _messageHandler.reset();
-        EndProcedureState();
-        throw std::bad_cast();
-      }
-      OmProcedure& procedure = *first;
-      procedure.setOutlineVarDisplay(_outlineVarMode);
-      procedure.setOutlineValueDisplay(_outlineValueMode);
-      procedure.setTableVarDisplay(_tableVarMode);
-      procedure.setTableValueDisplay(_tableValueMode);
-
-      bool wanted = false;
-      for (Observer* observer : _observers) {
-        observer->ProcedureOutput(procTree);
-        if (observer->WantsOutput()) wanted = true;
-      }
-      if (wanted) {
-        const std::size_t procBefore = procTree.Size();
-        const std::size_t outputBefore = _outputTree->Size();
-        OmOutputTree::Node target =
-            _outputTree->Empty() ? _outputTree->End(1) : _outputTree->Root().ChildEnd();
-        _outputTree->Move(target, procTree.Root().FirstChild(), procTree.End());
-        const std::size_t outputAfter = _outputTree->Size();
-        if (procBefore + outputBefore != outputAfter + 1) {
-          throw OMSException(
-              "OmFactory::AppendProc() -- "
-              "outputTreeSizeBefore+procTreeSizeBefore != outputTreeSizeAfter+1",
-              double(procBefore + outputBefore), double(outputAfter + 1));
-        }
-        if (procTree.Size() != 1) {
-          throw OMSException("OmFactory::AppendProc() -- procTree.Size() != 1",
-                             double(procTree.Size()));
-        }
-        for (Observer* observer : _observers) observer->OutputAppended(*_outputTree);
-      }
-    }
+    HandOver();
   }
   EndProcedureState();
   _messageHandler.reset();
+}
+
+void OmFactory::Data::HandOver() {
+  OmOutputTree& procTree = _pProc->Tree();
+  if (procTree.Size() < 2) return;
+  auto* first = dynamic_cast<OmProcedure*>(procTree.Root().FirstChild().Value());
+  if (first == nullptr) {
+    // Output that escaped the procedure node (an IPC_END_NODE too many) cannot be appended;
+    // a procedure left open would refuse every later one, so it is closed before the throw.
+    _messageHandler.reset();
+    EndProcedureState();
+    throw std::bad_cast();
+  }
+  OmProcedure& procedure = *first;
+  procedure.setOutlineVarDisplay(_outlineVarMode);
+  procedure.setOutlineValueDisplay(_outlineValueMode);
+  procedure.setTableVarDisplay(_tableVarMode);
+  procedure.setTableValueDisplay(_tableValueMode);
+
+  // Observers hear of a procedure once, even when recovery follows a failure among them.
+  _procedureOffered = true;
+  bool wanted = false;
+  for (Observer* observer : _observers) {
+    observer->ProcedureOutput(procTree);
+    if (observer->WantsOutput()) wanted = true;
+  }
+  if (!wanted) return;
+  const std::size_t procBefore = procTree.Size();
+  const std::size_t outputBefore = _outputTree->Size();
+  OmOutputTree::Node target =
+      _outputTree->Empty() ? _outputTree->End(1) : _outputTree->Root().ChildEnd();
+  _outputTree->Move(target, procTree.Root().FirstChild(), procTree.End());
+  const std::size_t outputAfter = _outputTree->Size();
+  if (procBefore + outputBefore != outputAfter + 1) {
+    throw OMSException(
+        "OmFactory::AppendProc() -- "
+        "outputTreeSizeBefore+procTreeSizeBefore != outputTreeSizeAfter+1",
+        double(procBefore + outputBefore), double(outputAfter + 1));
+  }
+  if (procTree.Size() != 1) {
+    throw OMSException("OmFactory::AppendProc() -- procTree.Size() != 1",
+                       double(procTree.Size()));
+  }
+  for (Observer* observer : _observers) observer->OutputAppended(*_outputTree);
 }
 
 // Log and page titles.

@@ -69,10 +69,26 @@ struct OmFactory::Data {
   void EndProcedureState();
 
   // Error recovery (Message).
+  // Counts a failure the session recovered from and keeps it for the host.
+  void Recovered(const OMSException& error);
+  // Cuts the open procedure at the failure ("Output Missing") and ends it as usual.
   void Salvage();
-  // Salvage; when salvage itself fails, the procedure is dropped so that the session stays
-  // usable, and the failure goes on to the host.
-  void SalvageOrDrop();
+  // Salvage; when salvage itself fails, the output collected so far is handed over as it stands
+  // (KeepCollected), the procedure is closed so that the session stays usable, and the new
+  // failure goes on to the host.
+  void SalvageOrKeep();
+  // Adds the "Output Missing" block where the output was cut, once per procedure.
+  void MarkCut();
+  // The last resort of recovery: marks the cut if it can, ends the procedure without pooling,
+  // translation or sorting and hands it over, unless observers were already offered it.
+  // Failures here are dropped: the one that led here reaches the host.
+  void KeepCollected() noexcept;
+  // Offers the ended procedure's tree to the observers and moves it into the output tree when
+  // one of them wants it (AppendProc's hand-over).
+  void HandOver();
+  // The session's tracker for that pair, made on first use; a locale or code set that cannot be
+  // opened throws OMSException.
+  icuTracker* Tracker(bool unicode, const std::string& locale);
 
   // Handlers by message family (OmDispatcher.cpp).
   // Inlined into the dispatcher (its one caller): numbers and texts are most of a stream, and a
@@ -151,5 +167,9 @@ struct OmFactory::Data {
   std::unique_ptr<OmProcedureFactory> _pProc;
   // EndProcedure was called on _pProc.
   bool _procedureEnding = false;
+  // Observers were offered _pProc's tree.
+  bool _procedureOffered = false;
+  // Recovery marked _pProc's output "Output Missing".
+  bool _cutMarked = false;
   std::unique_ptr<MessageHandler> _messageHandler;
 };

@@ -1,16 +1,24 @@
 #include "platform/outputmodel/Amputate.h"
 
+#include <vector>
+
+#include "platform/outputmodel/OmPivotTable.h"
 #include "platform/outputmodel/OmTextBlock.h"
 
-OmOutputTree::Node Amputate(OmOutputTree::Node procedureNode, const OmCellText& title,
+OmOutputTree::Node Amputate(OmOutputTree::Node node, const OmCellText& title,
                             const std::string& codePage) {
-  if (procedureNode._tree == nullptr || procedureNode.IsEnd()) {
-    throw OMSException("Amputate -- procedureNode is a node");
+  if (node._tree == nullptr || node.IsEnd()) throw OMSException("Amputate -- node is a node");
+  // A table that had not ended was cut short: the marker goes before it, right after the last
+  // part that was whole.
+  const std::vector<OmOutputTree::Node> children = node.Children();
+  std::size_t at = children.size();
+  while (at > 0) {
+    const auto* table = dynamic_cast<const OmPivotTable*>(children[at - 1].Value());
+    if (table == nullptr || table->IsEnded()) break;
+    --at;
   }
-  // Output is built in message order, so the failure point is the end of the procedure's
-  // subtree: whatever was built stays, and the marker block closes it.
   auto block = std::make_unique<OmTextBlock>(title, codePage);
-  OmOutputTree::Node node = procedureNode._tree->AppendChild(procedureNode, block.get());
+  OmOutputTree::Node made = node._tree->InsertChild(node, at, block.get());
   block.release();
-  return node;
+  return made;
 }

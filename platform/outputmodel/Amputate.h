@@ -6,8 +6,10 @@
 
 #include "platform/outputmodel/OmOutputTree.h"
 
-// Appends a text block titled with a copy of title (code page codePage) as the last child of
-// procedureNode, which must be a node of an OmOutputTree; everything built before the failure
-// stays. Returns the node holding the new block. A position handle fails with OMSException.
-OmOutputTree::Node Amputate(OmOutputTree::Node procedureNode, const OmCellText& title,
+// Adds a text block titled with a copy of title (code page codePage) as a child of node, the
+// heading where output was being built (a node of an OmOutputTree): after its last complete
+// child, so that tables still being built when the output was cut (not ended) follow the block.
+// Everything built before the failure stays. Returns the node holding the new block. A position
+// handle fails with OMSException.
+OmOutputTree::Node Amputate(OmOutputTree::Node node, const OmCellText& title,
                             const std::string& codePage);

@@ -76,6 +76,19 @@ std::unique_ptr<OmOutputPart> Unlink(OmOutputTree& tree, TreeNode node) {
   return part;
 }
 
+// The end's last steps: excluded parts and the headings that pooling and selection left empty
+// go, and the procedure node shows its translated name.
+void PruneAndName(OmOutputTree& tree) {
+  PruneEmptyAndExcluded(tree);
+  if (tree.Empty()) return;
+  const TreeNode procedureNode = tree.Root().FirstChild();
+  if (procedureNode.IsEnd() || procedureNode.Value() == nullptr) return;
+  auto& procedure = dynamic_cast<OmProcedure&>(*procedureNode.Value());
+  if (!procedure.TranslatedName().empty()) {
+    procedure.setLabel(std::make_unique<OmStringCell>(procedure.TranslatedName(), false));
+  }
+}
+
 }  // namespace
 
 void OmProcedureFactory::EndProcedure(std::uint32_t specsLength, const char* specs, bool pooled,
@@ -156,13 +169,28 @@ void OmProcedureFactory::EndProcedure(std::uint32_t specsLength, const char* spe
     }
   }
 
-  PruneEmptyAndExcluded(tree);
+  PruneAndName(tree);
+}
 
-  if (tree.Empty()) return;
-  const TreeNode procedureNode = tree.Root().FirstChild();
-  if (procedureNode.IsEnd() || procedureNode.Value() == nullptr) return;
-  auto& procedure = dynamic_cast<OmProcedure&>(*procedureNode.Value());
-  if (!procedure.TranslatedName().empty()) {
-    procedure.setLabel(std::make_unique<OmStringCell>(procedure.TranslatedName(), false));
+void OmProcedureFactory::FinishLatePart(OmOutputTree::Node node) {
+  Data& my = *_my;
+  if (!my._ended || node.IsEnd() || node.Value() == nullptr) return;
+  OmOutputPart& part = *node.Value();
+  if (OmCellText* label = part.Label()) label->Accept(my._translator.GetCellTextTranslator());
+  part.Accept(my._translator);
+  PruneAndName(my._tree);
+}
+
+void OmProcedureFactory::EndAsCollected() {
+  Data& my = *_my;
+  if (!my._ended) {
+    my._ended = true;
+    my._labels.Clear();
+    my._textBlock = nullptr;
+    for (OmOutputPart* part : my._tree) {
+      if (part != nullptr) part->ReleaseBuilder();
+    }
+    if (DropIfNothingToShow(my._tree)) return;
   }
+  PruneEmptyAndExcluded(my._tree);
 }

@@ -202,6 +202,16 @@ void OmProcedureFactory::EndNode() {
   _my->_current = _my->_current.Parent();
 }
 
+OmOutputTree::Node OmProcedureFactory::CutPoint() {
+  Data& my = *_my;
+  // Past too many IPC_END_NODEs the position is the tree's root, which is no heading.
+  if (!my._ended && !my._current.IsEnd() && !my._current.IsRoot()) return my._current;
+  if (my._tree.Empty() || !my._tree.Root().HasChildren()) return my._tree.End();
+  OmOutputTree::Node procedure = my._tree.Root().FirstChild();
+  if (dynamic_cast<OmProcedure*>(procedure.Value()) == nullptr) return my._tree.End();
+  return procedure;
+}
+
 void OmProcedureFactory::OutlineText(const OmCellText& text) {
   OmOutputTree::Node root = _my->_tree.Root();
   if (root.IsEnd()) return;

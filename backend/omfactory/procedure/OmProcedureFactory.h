@@ -96,6 +96,19 @@ public:
   // unless set).
   void setPoolers(const OmProcedurePoolers& poolers);
 
+  // Recovery after a failure (the session's).
+  // The heading where output was being built: the current heading while the procedure is open,
+  // the procedure node once EndProcedure has begun (the building position may be gone then); an
+  // end position when the tree holds no procedure node.
+  OmOutputTree::Node CutPoint();
+  // A part that recovery added after EndProcedure had begun goes through the end's last steps:
+  // its label is translated, the tree pruned again and the procedure given its translated name.
+  void FinishLatePart(OmOutputTree::Node node);
+  // Ends the procedure with the output as collected when finishing it failed: builders are
+  // released, a procedure with nothing to show dropped, excluded parts and empty headings
+  // pruned; no pooling, translation or sorting.
+  void EndAsCollected();
+
   // Moves the builder of every split table to one category of one split variable; with sort
   // set, the table's split dimension is marked for ascending sorting.
   class TableSplitSetter : public OmOutputPart::Visitor {

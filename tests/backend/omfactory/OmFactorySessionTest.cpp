@@ -1,6 +1,7 @@
 // The session: procedures from start to append, observers, display modes, recovery with "Output
 // Missing", log blocks and page titles, output settings and the language table, ignored codes.
 #include "SessionFixture.h"
+#include "backend/omfactory/procedure/OmProcedurePoolers.h"
 #include "platform/errors/OMSException.h"
 #include "platform/outputmodel/OmProcedure.h"
 #include "platform/settings/iocvset.h"
@@ -41,6 +42,88 @@ TEST_P(Procedures, ProcedureGetsTheSessionDisplayModesAtItsEnd) {
 }
 
 OM_BOTH_ORDERS(Procedures);
+
+// Recovery.
+
+using Recovery = SessionTest;
+
+// An imputation pooler that takes out a table labelled "Gone" and fails on one labelled "Fails",
+// as a pooler meeting a table it cannot read does.
+class FailingPoolers : public OmProcedurePoolers {
+  struct Pooler : OmEndPooler {
+    void Pool(OmOutputPart& part) override {
+      discard = part.LabelText() == "Gone";
+      if (part.LabelText() == "Fails") throw OMSException("FailingPoolers -- cannot pool");
+    }
+    bool Discard() const override { return discard; }
+    bool discard = false;
+  };
+
+public:
+  std::unique_ptr<OmEndPooler> MakeMIPooler(const OmCellText*, OmOutputTree&, bool, bool, bool,
+                                            bool) const override {
+    return std::make_unique<Pooler>();
+  }
+};
+
+// Where "Output Missing" lands, in the output language, and what is kept when the end of the
+// procedure fails, before or during recovery.
+TEST_F(Recovery, OutputMissingMarksTheCutAndWhatWasCollectedIsKept) {
+  struct Case {
+    const char* name;
+    const char* second;  // the table under the second heading
+    bool end;            // the procedure ends (else a message for no open table cuts it)
+    bool hostSeesFailure;
+    std::vector<std::string> outline;  // below the procedure node
+  };
+  const Case cases[] = {
+      {"cut inside a table", "B", false, false,
+       {"2:Heading:Eins", "3:Table:A", "2:Heading:Zwei", "3:Table:B",
+        "3:Text:Ausgabe fehlt", "3:Table:Open"}},
+      {"failure inside the end", "Fails", true, false,
+       {"2:Heading:Zwei", "3:Table:Fails", "3:Table:Open", "2:Text:Ausgabe fehlt"}},
+      {"recovery fails too", "Fails", false, true,
+       {"2:Heading:Eins", "3:Table:A", "2:Heading:Zwei", "3:Table:Fails",
+        "3:Text:Output Missing", "3:Table:Open"}},
+  };
+  const FailingPoolers poolers;
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    Reopen();
+    factory->SetStringTablePath(std::string(OMF_STRINGTABLES_DIR) + "/lang/de");
+    BeginProcedure(1, "procedure=Descriptives\ntranslated=Deskriptive Statistik\n");
+    factory->Procedure()->setPoolers(poolers);
+    writer.BeginNode(Str("Eins"));
+    BeginTable(1, c.end ? "Gone" : "A");
+    writer.EndTable(1);
+    writer.EndNode();
+    writer.BeginNode(Str("Zwei"));
+    BeginTable(1, c.second);
+    writer.EndTable(1);
+    BeginTable(2, "Open");
+    writer.CellDimension(2, Str("S"));
+    writer.Cell(2, Num(1), Str("N"));
+    if (c.end) {
+      writer.EndProcedure();
+    } else {
+      writer.Cell(9, Num(1), Str("N"));
+    }
+    if (c.hostSeesFailure) {
+      EXPECT_THROW(Feed(), OMSException);
+    } else {
+      Feed();
+    }
+    EXPECT_EQ(factory->RecoveredErrorCount(), 1u);
+    EXPECT_EQ(factory->Procedure(), nullptr);
+    std::vector<std::string> outline = Outline(*tree);
+    ASSERT_GE(outline.size(), 2u);
+    EXPECT_EQ(outline[1], c.hostSeesFailure ? "1:Procedure:Descriptives"
+                                            : "1:Procedure:Deskriptive Statistik");
+    EXPECT_EQ(std::vector<std::string>(outline.begin() + 2, outline.end()), c.outline);
+    BeginProcedure(2, Settings("Next"));
+    EXPECT_NE(factory->Procedure(), nullptr);
+  }
+}
 
 // Output settings.
 
@@ -91,7 +174,7 @@ TEST_F(OutputSettings, OlangWithoutAMatchChangesNothing) {
 using IgnoredCodes = SessionTest;
 
 // The multibyte string functions follow the session: its code page at construction, then each
-// procedure's own; an unknown name is refused and leaves the current one.
+// procedure's own; an unknown name leaves the current one.
 TEST(SessionCodePage, TheSessionsCodePageHoldsWhileItWorksAndNowhereElse) {
   // An observer upper-cases a windows-1252 letter while the session hands over a procedure.
   struct Probe : OmFactory::Observer {
@@ -115,11 +198,42 @@ TEST(SessionCodePage, TheSessionsCodePageHoldsWhileItWorksAndNowhereElse) {
     // The caller's thread keeps its own code page between the session's calls.
     EXPECT_TRUE(CodePage::Current().IsUtf8());
   }
-  EXPECT_EQ(probe.seen, (std::vector<std::string>{"\xc9", "\xe9"}));
-  // A procedure in a code page that cannot be used does not start; the session goes on.
-  ASSERT_NE(session.LastRecoveredError(), nullptr);
-  EXPECT_NE(session.LastRecoveredError()->Message().find("no-such-code-page"), std::string::npos);
+  EXPECT_EQ(probe.seen, (std::vector<std::string>{"\xc9", "\xe9", "\xe9"}));
   EXPECT_THROW(OmFactory(&tree, std::string(), "no-such-code-page", none), OMSException);
+}
+
+// A procedure whose code page or locale cannot be opened is built in the session's code page and
+// the root locale, and the host is told why.
+TEST_F(Recovery, UnopenableCodePageOrLocaleFallsBackAndKeepsTheProcedure) {
+  struct Case {
+    const char* settings;
+    const char* codePage;  // of the procedure node
+    const char* locale;
+    const char* named;  // in the one error reported
+  };
+  const Case cases[] = {
+      {"codepage=no-such-code-page\n", "UTF-8", "en_US", "\"no-such-code-page\""},
+      {"codepage=windows-1252\nlocale=de DE\n", "windows-1252", "", "\"de DE\""},
+      {"unicode=0\nlocale=de_DE.no-such-set\n", "UTF-8", "", "\"no-such-set\""},
+      {"codepage=?\nlocale=de_DE.\n", "UTF-8", "", "\"?\"; locale unavailable"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.settings);
+    Reopen();
+    BeginProcedure(1, Settings("Descriptives", c.settings));
+    writer.PrintLine(0, "kept");
+    EndProcedure();
+    std::vector<OmProcedure*> procedures = PartsOf<OmProcedure>(*tree);
+    ASSERT_EQ(procedures.size(), 1u);
+    EXPECT_EQ(procedures[0]->CodePage(), c.codePage);
+    EXPECT_EQ(procedures[0]->Locale(), c.locale);
+    ASSERT_EQ(PartsOf<OmTextBlock>(*tree).size(), 1u);
+    EXPECT_EQ(PartsOf<OmTextBlock>(*tree)[0]->Lines(), std::vector<std::string>{"kept"});
+    EXPECT_EQ(factory->RecoveredErrorCount(), 1u);
+    ASSERT_NE(factory->LastRecoveredError(), nullptr);
+    EXPECT_NE(factory->LastRecoveredError()->Message().find(c.named), std::string::npos)
+        << factory->LastRecoveredError()->Message();
+  }
 }
 
 TEST(SessionConstruction, PathConstructorsAgree) {
