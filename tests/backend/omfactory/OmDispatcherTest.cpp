@@ -127,6 +127,12 @@ TEST_P(DispatchedCodes, EachCodeLeavesItsMarkOnTheBuilderOrProcedure) {
   }
 }
 
+TEST_P(DispatchedCodes, ByteOrderProbeSetsSwappingForTheSendersOrder) {
+  EXPECT_FALSE(factory->SwapBytes());
+  Feed();
+  EXPECT_EQ(factory->SwapBytes(), GetParam() == ByteOrder::BigEndian);
+}
+
 OM_BOTH_ORDERS(DispatchedCodes);
 
 }  // namespace

@@ -169,10 +169,6 @@ TEST_F(OutputSettings, OlangWithoutAMatchChangesNothing) {
   EXPECT_EQ(factory->StringTablePath().GetGeneric(), "/somewhere");
 }
 
-// Codes without a handler.
-
-using IgnoredCodes = SessionTest;
-
 // The multibyte string functions follow the session: its code page at construction, then each
 // procedure's own; an unknown name leaves the current one.
 TEST(SessionCodePage, TheSessionsCodePageHoldsWhileItWorksAndNowhereElse) {
@@ -236,19 +232,5 @@ TEST_F(Recovery, UnopenableCodePageOrLocaleFallsBackAndKeepsTheProcedure) {
   }
 }
 
-TEST(SessionConstruction, PathConstructorsAgree) {
-  OmOutputTree tree;
-  const std::vector<OMSObjectSelector> none;
-  OmFactory byString(&tree, std::string("/tables/lang/de"), "UTF-8", none);
-  OmFactory byName(&tree, ExtNameStr("/tables/lang/de"), "UTF-8", none);
-  EXPECT_EQ(byString.StringTablePath(), byName.StringTablePath());
-  EXPECT_EQ(byString.Tree(), &tree);
-}
-
 }  // namespace
-TEST(SessionConstruction, NullOutputTreeIsRefused) {
-  const std::vector<OMSObjectSelector> none;
-  EXPECT_THROW(OmFactory(nullptr, std::string(), "UTF-8", none), OMSException);
-}
-
 }  // namespace sessiontest
