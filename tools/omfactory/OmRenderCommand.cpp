@@ -9,6 +9,9 @@
 #include <sstream>
 #include <utility>
 
+#include <stdlib.h>
+#include <unistd.h>
+
 #include "backend/omfactory/OmFactory.h"
 #include "backend/omsopmgr/OMSObjectSelector.h"
 #include "platform/errors/OMSException.h"
@@ -25,6 +28,7 @@
 #include "tools/render/OmHtmlRenderer.h"
 #include "tools/render/OmJsonRenderer.h"
 #include "tools/render/OmTableLayout.h"
+#include "tools/render/OmXlsxExport.h"
 
 namespace {
 
@@ -95,7 +99,8 @@ std::string OmRenderCommand::Render(OmOutputTree& tree, Format format, const std
     }
     case Format::kCsv:
     case Format::kMarkdown:
-    case Format::kLatex: {
+    case Format::kLatex:
+    case Format::kXlsx: {
       std::ostringstream out;
       Write(tree, format, codePage, out);
       return out.str();
@@ -112,8 +117,37 @@ void OmRenderCommand::Write(OmOutputTree& tree, Format format, const std::string
     case Format::kCsv: OmExport(OmExport::Kind::kCsv, codePage, kMaxGridCells).Write(tree, out); return;
     case Format::kMarkdown: OmExport(OmExport::Kind::kMarkdown, codePage, kMaxGridCells).Write(tree, out); return;
     case Format::kLatex: OmExport(OmExport::Kind::kLatex, codePage, kMaxGridCells).Write(tree, out); return;
+    case Format::kXlsx: {
+      // The workbook library writes files only.
+      std::string path = (std::filesystem::temp_directory_path() / "omfactory-XXXXXX.xlsx").string();
+      const int fd = mkstemps(path.data(), 5);
+      if (fd < 0) throw OMSException("OmRenderCommand::Write -- no temporary file for the workbook");
+      close(fd);
+      try {
+        WriteFile(tree, format, codePage, path);
+        std::ifstream in(path, std::ios::binary);
+        out << in.rdbuf();
+      } catch (...) {
+        std::filesystem::remove(path);
+        throw;
+      }
+      std::filesystem::remove(path);
+      return;
+    }
     default: out << Render(tree, format, codePage);
   }
+}
+
+void OmRenderCommand::WriteFile(OmOutputTree& tree, Format format, const std::string& codePage,
+                                const std::string& path) {
+  if (format == Format::kXlsx) {
+    OmXlsxExport(codePage, kMaxGridCells).Write(tree, path);
+    return;
+  }
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  Write(tree, format, codePage, file);
+  file.flush();
+  if (!file) throw OMSException("OmRenderCommand::WriteFile -- writing failed: " + path);
 }
 
 bool OmRenderCommand::FormatOfFileName(const std::string& path, Format& format) {
@@ -122,7 +156,8 @@ bool OmRenderCommand::FormatOfFileName(const std::string& path, Format& format) 
   const std::pair<const char*, Format> known[] = {
       {".txt", Format::kText}, {".json", Format::kJson}, {".html", Format::kHtml},
       {".htm", Format::kHtml}, {".csv", Format::kCsv}, {".md", Format::kMarkdown},
-      {".markdown", Format::kMarkdown}, {".tex", Format::kLatex}};
+      {".markdown", Format::kMarkdown}, {".tex", Format::kLatex},
+      {".xlsx", Format::kXlsx}};
   for (const auto& [name, f] : known) {
     if (extension == name) {
       format = f;
@@ -256,6 +291,16 @@ int OmRenderCommand::Run(std::ostream& out, std::ostream& err) const {
     }
   }
 
+  if (o.format == Format::kXlsx && !o.output.empty()) {
+    file.close();
+    try {
+      WriteFile(tree, o.format, o.codePage, o.output);
+    } catch (const OMSException& e) {
+      err << "omfactory: " << o.output << ": writing failed: " << OmTool::Reason(e) << "\n";
+      return kUnusable;
+    }
+    return status;
+  }
   std::ostream& sink = o.output.empty() ? out : file;
   Write(tree, o.format, o.codePage, sink);
   sink.flush();
