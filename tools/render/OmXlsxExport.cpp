@@ -28,8 +28,9 @@ namespace {
 using Combination = OmTableLayout::Combination;
 using HeaderCell = OmTableLayout::HeaderCell;
 
-// Excel shows at most this many decimals.
+// Excel shows at most this many decimals, and holds at most this many characters in a cell.
 constexpr int kMaxDecimals = 30;
+constexpr std::size_t kMaxCellText = 32767;
 
 std::string Folded(std::string text) {
   for (char& c : text) c = char(std::tolower(static_cast<unsigned char>(c)));
@@ -358,6 +359,11 @@ private:
 
   void Text(Sheet& sheet, lxw_col_t col, const std::string& text, lxw_format* format) {
     if (text.empty() && format == nullptr) return;
+    // A cell holds at most 32,767 characters; the library refuses longer texts outright.
+    if (text.size() > kMaxCellText) {
+      worksheet_write_string(sheet.sheet, sheet.row, col, FirstCodePoints(text, kMaxCellText).c_str(), format);
+      return;
+    }
     worksheet_write_string(sheet.sheet, sheet.row, col, text.c_str(), format);
   }
 
