@@ -4,14 +4,21 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
 #include <nlohmann/json.hpp>
+
+#include "platform/outputmodel/OmNumber.h"
+#include "platform/outputmodel/OmOutputTree.h"
+#include "platform/outputmodel/OmPivotTable.h"
+#include "platform/outputmodel/OmStringCell.h"
 
 namespace {
 
@@ -54,6 +61,30 @@ TEST(OmJsonRenderer, StringsAreEscapedAsTheJsonLibraryEscapesThem) {
     SCOPED_TRACE(text);
     EXPECT_EQ(OmJsonRenderer::String(text),
               nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+  }
+}
+
+// Cells stored out of coordinate order are sorted by a key packing their coordinates, or by the
+// coordinates themselves when those need more than 64 bits.
+TEST(OmJsonRenderer, CellsAreListedInCoordinateOrderWhateverOrderTheyWereStored) {
+  const std::vector<std::vector<std::vector<int>>> cases = {
+      {{1, 0, 2}, {0, 7, 1}, {0, 0, 0}, {2, 5, 3}, {0, 7, 0}, {1, 0, 1}},
+      {{2000000000, 1, 5}, {7, 2000000000, 0}, {7, 1, 2000000000}, {0, 3, 3}}};
+  for (const auto& stored : cases) {
+    OmOutputTree tree;
+    auto table = std::make_unique<OmPivotTable>(OmStringCell("t"), OmStringCell("t"));
+    for (const char* label : {"a", "b", "c"}) table->AddDimension(OmStringCell(label));
+    for (std::size_t i = 0; i < stored.size(); ++i) table->Cell(stored[i], OmNumber(double(i)));
+    tree.AppendUnderRoot(std::move(table));
+    const nlohmann::json doc = nlohmann::json::parse(OmJsonRenderer().Render(tree));
+    std::vector<std::vector<int>> listed;
+    for (const auto& cell : doc["outline"]["children"][0]["cells"]) {
+      listed.push_back(cell["at"].get<std::vector<int>>());
+      EXPECT_EQ(stored[std::size_t(cell["value"].get<double>())], listed.back());
+    }
+    std::vector<std::vector<int>> sorted = stored;
+    std::sort(sorted.begin(), sorted.end());
+    EXPECT_EQ(listed, sorted);
   }
 }
 
