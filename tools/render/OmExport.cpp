@@ -4,11 +4,9 @@
 #include <charconv>
 #include <cmath>
 #include <map>
-#include <set>
 #include <string_view>
 #include <vector>
 
-#include "platform/outputmodel/OmFootnote.h"
 #include "platform/outputmodel/OmHeading.h"
 #include "platform/outputmodel/OmNumDataValue.h"
 #include "platform/outputmodel/OmNumber.h"
@@ -17,7 +15,6 @@
 #include "platform/outputmodel/OmPivotTable.h"
 #include "platform/outputmodel/OmProcedure.h"
 #include "platform/outputmodel/OmTextBlock.h"
-#include "platform/outputmodel/OmTextRenderer.h"
 #include "tools/render/OmExportView.h"
 #include "tools/render/OmTableLayout.h"
 
