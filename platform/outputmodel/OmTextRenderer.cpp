@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 #include <sstream>
+#include <string_view>
 
 #include "platform/outputmodel/OmAnswerTree.h"
 #include "platform/outputmodel/OmChart.h"
@@ -98,17 +99,39 @@ bool IsRepeatedGroup(const OmDimensionNode* node, const Leaf& leaf, const Leaf* 
          Slots(*previous, depth, categoryLast)[level] == node;
 }
 
+// Writes lines indented by pad, as Indent() would indent the text they make: every line of a
+// text broken at its line breaks, empty ones left empty.
+class LineWriter {
+public:
+  LineWriter(std::ostream& out, std::size_t pad) : _out(out), _pad(pad, ' ') {}
+
+  void Line(std::string_view text) {
+    for (;;) {
+      const std::size_t end = text.find('\n');
+      const std::string_view line = text.substr(0, end);
+      if (!line.empty()) _out << _pad << line;
+      _out << '\n';
+      if (end == std::string_view::npos) return;
+      text.remove_prefix(end + 1);
+    }
+  }
+
+private:
+  std::ostream& _out;
+  std::string _pad;
+};
+
 class TableWriter {
 public:
-  explicit TableWriter(const OmPivotTable& table) : _table(table) {}
+  TableWriter(const OmPivotTable& table, LineWriter& out) : _table(table), _out(out) {}
 
-  std::string Write(bool allLayers) {
+  void Write(bool allLayers) {
     Prepare();
-    std::ostringstream out;
+    LineWriter& out = _out;
     const OmCellText* title = _table.TableTitle() ? _table.TableTitle() : _table.Label();
     std::string titleLine = Decorated(title);
     if (_table.Label() && title != _table.Label()) titleLine += Refs(_table.Label());
-    if (!titleLine.empty()) out << titleLine << "\n";
+    if (!titleLine.empty()) out.Line(titleLine);
 
     auto layerCombos = Combinations(_layerLeaves);
     const std::size_t shown = allLayers ? layerCombos.size() : std::min<std::size_t>(1, layerCombos.size());
@@ -118,20 +141,19 @@ public:
         if (dim.HideCategories()) continue;  // a split kept at one value says nothing
         std::string line = dim.HideLabel() ? std::string() : Decorated(dim.Label()) + ": ";
         line += PathText(*layerCombos[i][k]);
-        out << TrimRight(line) << "\n";
+        out.Line(TrimRight(line));
       }
-      WriteGrid(out, layerCombos[i]);
+      WriteGrid(layerCombos[i]);
     }
     if (shown < layerCombos.size()) {
-      out << "(" << layerCombos.size() << " layers; only the first is shown)\n";
+      out.Line("(" + std::to_string(layerCombos.size()) + " layers; only the first is shown)");
     }
-    if (_table.Caption()) out << Decorated(_table.Caption()) << "\n";
+    if (_table.Caption()) out.Line(Decorated(_table.Caption()));
     for (int index : _referenced) {
       if (index < 0 || std::size_t(index) >= _table.Footnotes().size()) continue;
-      out << OmTextRenderer::FootnoteMarker(_table, index) << ". "
-          << CellText(&_table.Footnotes()[std::size_t(index)].Text()) << "\n";
+      out.Line(OmTextRenderer::FootnoteMarker(_table, index) + ". " +
+               CellText(&_table.Footnotes()[std::size_t(index)].Text()));
     }
-    return out.str();
   }
 
 private:
@@ -193,7 +215,7 @@ private:
     return text;
   }
 
-  void WriteGrid(std::ostringstream& out, const std::vector<const Leaf*>& layer) {
+  void WriteGrid(const std::vector<const Leaf*>& layer) {
     // Row header columns: one per label level of each row dimension that shows its categories.
     std::vector<std::size_t> rowDepth;
     std::size_t headerCols = 0;
@@ -246,14 +268,15 @@ private:
       }
     }
 
-    // Body rows.
-    std::vector<std::vector<std::string>> body;
-    std::vector<std::vector<bool>> numeric;
+    // Body rows are made twice, once to measure and once to write, rather than held: a table
+    // may have millions of cells.
     std::vector<int> coords(std::size_t(_table.NDimensions()), 0);
     for (std::size_t k = 0; k < _layerDims.size(); ++k) coords[std::size_t(_layerDims[k])] = layer[k]->coord;
-    for (std::size_t r = 0; r < rowCombos.size(); ++r) {
-      std::vector<std::string> row(nCols);
-      std::vector<bool> right(nCols, false);
+    std::vector<std::string> row(nCols);
+    std::vector<bool> right(nCols, false);
+    auto bodyRow = [&](std::size_t r) {
+      std::fill(row.begin(), row.end(), std::string());
+      std::fill(right.begin(), right.end(), false);
       std::size_t col = 0;
       for (std::size_t k = 0; k < _rowDims.size(); ++k) {
         coords[std::size_t(_rowDims[k])] = rowCombos[r][k]->coord;
@@ -273,24 +296,23 @@ private:
         row[headerCols + c] = Decorated(cell);
         right[headerCols + c] = dynamic_cast<const OmNumber*>(cell) != nullptr;
       }
-      body.push_back(std::move(row));
-      numeric.push_back(std::move(right));
-    }
+    };
 
     // Body cells set the column widths; a header label may run on over the empty header cells
     // that follow it, and widens the last of them only when even that is too narrow.
     std::vector<std::size_t> widths(nCols, 0);
-    for (const auto& row : body) {
+    for (std::size_t r = 0; r < rowCombos.size(); ++r) {
+      bodyRow(r);
       for (std::size_t c = 0; c < nCols; ++c) widths[c] = std::max(widths[c], Columns(row[c]));
     }
-    for (const auto& row : header) {
+    for (const auto& line : header) {
       for (std::size_t c = 0; c < nCols; ++c) {
-        if (row[c].empty()) continue;
+        if (line[c].empty()) continue;
         std::size_t end = c;
-        while (end + 1 < nCols && row[end + 1].empty()) ++end;
+        while (end + 1 < nCols && line[end + 1].empty()) ++end;
         std::size_t room = 0;
         for (std::size_t i = c; i <= end; ++i) room += widths[i] + (i > c ? 2 : 0);
-        const std::size_t need = Columns(row[c]);
+        const std::size_t need = Columns(line[c]);
         if (need > room) widths[end] += need - room;
       }
     }
@@ -302,30 +324,31 @@ private:
     }
     const std::string rule(std::max<std::size_t>(total, 1), '-');
 
-    auto headerLine = [&](const std::vector<std::string>& row) {
+    auto headerLine = [&](const std::vector<std::string>& labels) {
       std::string text;
       std::size_t at = 0;
       for (std::size_t c = 0; c < nCols; ++c) {
-        if (row[c].empty()) continue;
+        if (labels[c].empty()) continue;
         if (at < offsets[c]) text += std::string(offsets[c] - at, ' ');
-        text += row[c];
-        at = std::max(at, offsets[c]) + Columns(row[c]);
+        text += labels[c];
+        at = std::max(at, offsets[c]) + Columns(labels[c]);
       }
-      out << TrimRight(text) << "\n";
+      _out.Line(TrimRight(text));
     };
-    auto bodyLine = [&](const std::vector<std::string>& row, const std::vector<bool>& right) {
-      std::string text;
+    _out.Line(rule);
+    for (const auto& line : header) headerLine(line);
+    _out.Line(rule);
+    std::string text;
+    for (std::size_t r = 0; r < rowCombos.size(); ++r) {
+      bodyRow(r);
+      text.clear();
       for (std::size_t c = 0; c < nCols; ++c) {
         if (c > 0) text += "  ";
         text += Pad(row[c], widths[c], right[c]);
       }
-      out << TrimRight(text) << "\n";
-    };
-    out << rule << "\n";
-    for (const auto& row : header) headerLine(row);
-    out << rule << "\n";
-    for (std::size_t r = 0; r < body.size(); ++r) bodyLine(body[r], numeric[r]);
-    out << rule << "\n";
+      _out.Line(TrimRight(text));
+    }
+    _out.Line(rule);
   }
 
   // Whether two combinations agree on every dimension outside dimension k.
@@ -338,6 +361,7 @@ private:
   }
 
   const OmPivotTable& _table;
+  LineWriter& _out;
   std::vector<int> _rowDims, _colDims, _layerDims;
   std::vector<std::vector<Leaf>> _rowLeaves, _colLeaves, _layerLeaves;
   std::set<int> _referenced;
@@ -378,19 +402,34 @@ std::string OmTextRenderer::FootnoteMarker(const OmPivotTable& table, int index)
 }
 
 std::string OmTextRenderer::RenderTable(const OmPivotTable& table) const {
-  return TableWriter(table).Write(_options.allLayers);
+  std::ostringstream out;
+  LineWriter lines(out, 0);
+  TableWriter(table, lines).Write(_options.allLayers);
+  return out.str();
 }
 
 std::string OmTextRenderer::RenderPart(const OmOutputPart& part, int level) const {
+  std::ostringstream out;
+  WritePart(out, part, level);
+  return out.str();
+}
+
+void OmTextRenderer::WritePart(std::ostream& out, const OmOutputPart& part, int level) const {
   const std::size_t pad = std::size_t(std::max(level, 0) * _options.indent);
   // Unselected headings shown for what they hold are marked only when excluded parts are asked for.
   const std::string excluded = part._keep || !_options.showExcluded ? "" : " (excluded)";
-  std::string text;
   if (auto* table = dynamic_cast<const OmPivotTable*>(&part)) {
-    text = RenderTable(*table);
-    if (!excluded.empty()) text = "(excluded)\n" + text;
-    return Indent(text, pad) + "\n";
+    LineWriter lines(out, pad);
+    if (!excluded.empty()) lines.Line("(excluded)");
+    TableWriter(*table, lines).Write(_options.allLayers);
+    out << "\n";
+    return;
   }
+  out << PartText(part, pad, excluded);
+}
+
+std::string OmTextRenderer::PartText(const OmOutputPart& part, std::size_t pad, const std::string& excluded) const {
+  std::string text;
   if (auto* block = dynamic_cast<const OmTextBlock*>(&part)) {
     text = part.LabelText() + excluded + "\n";
     const std::string linePad(std::size_t(_options.indent), ' ');
@@ -414,17 +453,21 @@ std::string OmTextRenderer::RenderPart(const OmOutputPart& part, int level) cons
 }
 
 std::string OmTextRenderer::Render(OmOutputTree& tree) const {
-  std::string out;
+  std::ostringstream out;
+  Write(tree, out);
+  return out.str();
+}
+
+void OmTextRenderer::Write(OmOutputTree& tree, std::ostream& out) const {
   for (OmOutputTree::Node n = tree.Begin(); n != tree.End();) {
     OmOutputPart* part = n.Value();
     if (part && !part->_keep && !_options.showExcluded && ExcludedPartHidesItsSubtree(*part)) {
       n = n.SubtreeEnd().Here();
       continue;
     }
-    if (part) out += RenderPart(*part, std::max(n.Level() - 1, 0));
+    if (part) WritePart(out, *part, std::max(n.Level() - 1, 0));
     n = n.Next();
   }
-  return out;
 }
 
 bool ExcludedPartHidesItsSubtree(const OmOutputPart& part) {

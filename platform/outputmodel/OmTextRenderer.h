@@ -12,6 +12,8 @@
 // right. Dimensions placed on no axis are shown with the rows.
 #pragma once
 
+#include <cstddef>
+#include <ostream>
 #include <string>
 
 #include "platform/outputmodel/OmOutputTree.h"
@@ -31,8 +33,12 @@ public:
   OmTextRenderer();
   explicit OmTextRenderer(Options options);
 
+  // The Write functions write as they go: a table's lines are made twice (once to measure the
+  // columns) rather than held, so that a huge table costs no more memory than its headers.
+  void Write(OmOutputTree& tree, std::ostream& out) const;
   std::string Render(OmOutputTree& tree) const;
   // One part at outline level (indentation) level, without its children.
+  void WritePart(std::ostream& out, const OmOutputPart& part, int level = 0) const;
   std::string RenderPart(const OmOutputPart& part, int level = 0) const;
   std::string RenderTable(const OmPivotTable& table) const;
 
@@ -40,6 +46,9 @@ public:
   static std::string FootnoteMarker(const OmPivotTable& table, int index);
 
 private:
+  // A part other than a table, indented by pad spaces.
+  std::string PartText(const OmOutputPart& part, std::size_t pad, const std::string& excluded) const;
+
   Options _options;
 };
 

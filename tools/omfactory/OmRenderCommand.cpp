@@ -7,7 +7,11 @@
 #include <new>
 #include <optional>
 #include <sstream>
+#include <streambuf>
 #include <utility>
+
+#include <stdlib.h>
+#include <unistd.h>
 
 #include "backend/omfactory/OmFactory.h"
 #include "backend/omsopmgr/OMSObjectSelector.h"
@@ -25,6 +29,7 @@
 #include "tools/render/OmHtmlRenderer.h"
 #include "tools/render/OmJsonRenderer.h"
 #include "tools/render/OmTableLayout.h"
+#include "tools/render/OmXlsxExport.h"
 
 namespace {
 
@@ -34,24 +39,41 @@ public:
   bool WantsOutput() override { return true; }
 };
 
-std::string Indent(const std::string& text, std::size_t spaces) {
-  std::string out;
-  std::size_t start = 0;
-  while (start < text.size()) {
-    std::size_t end = text.find('\n', start);
-    if (end == std::string::npos) end = text.size();
-    if (end > start) out += std::string(spaces, ' ') + text.substr(start, end - start);
-    out += "\n";
-    start = end + 1;
+// Passes text on to out line by line, converted from a code page to UTF-8.
+class Utf8Lines : public std::streambuf {
+public:
+  Utf8Lines(std::ostream& out, std::string codePage) : _out(out), _codePage(std::move(codePage)) {}
+  ~Utf8Lines() override { Flush(); }
+  Utf8Lines(const Utf8Lines&) = delete;
+  Utf8Lines& operator=(const Utf8Lines&) = delete;
+
+  void Flush() {
+    if (!_line.empty()) _out << ToUtf8(_line, _codePage);
+    _line.clear();
   }
-  return out;
-}
+
+protected:
+  int_type overflow(int_type c) override {
+    if (traits_type::eq_int_type(c, traits_type::eof())) return traits_type::not_eof(c);
+    _line += traits_type::to_char_type(c);
+    if (_line.back() == '\n') Flush();
+    return c;
+  }
+  std::streamsize xsputn(const char* s, std::streamsize n) override {
+    for (std::streamsize i = 0; i < n; ++i) overflow(traits_type::to_int_type(s[i]));
+    return n;
+  }
+
+private:
+  std::ostream& _out;
+  std::string _codePage;
+  std::string _line;
+};
 
 // The text renderer's outline, with tables too large to lay out described instead.
-std::string RenderText(OmOutputTree& tree) {
+void WriteText(OmOutputTree& tree, std::ostream& out) {
   const OmTextRenderer renderer;
   const OmTextRenderer::Options defaults;
-  std::string out;
   for (OmOutputTree::Node n = tree.Begin(); n != tree.End();) {
     OmOutputPart* part = n.Value();
     if (part != nullptr && !part->_keep && ExcludedPartHidesItsSubtree(*part)) {
@@ -63,17 +85,16 @@ std::string RenderText(OmOutputTree& tree) {
       auto* table = dynamic_cast<const OmPivotTable*>(part);
       if (table != nullptr && OmTableLayout(*table).GridSize() > OmRenderCommand::kMaxGridCells) {
         const OmCellText* title = table->TableTitle() ? table->TableTitle() : table->Label();
-        out += Indent((title ? title->Text() : std::string()) + "\n(not laid out: " +
-                          std::to_string(table->NDimensions()) + " dimensions with more than " +
-                          std::to_string(OmRenderCommand::kMaxGridCells) + " positions)\n",
-                      std::size_t(level * defaults.indent)) + "\n";
+        const std::string pad(std::size_t(level * defaults.indent), ' ');
+        const std::string text = title ? title->Text() : std::string();
+        out << (text.empty() ? "" : pad + text) << "\n" << pad << "(not laid out: " << table->NDimensions()
+            << " dimensions with more than " << OmRenderCommand::kMaxGridCells << " positions)\n\n";
       } else {
-        out += renderer.RenderPart(*part, level);
+        renderer.WritePart(out, *part, level);
       }
     }
     n = n.Next();
   }
-  return out;
 }
 
 }  // namespace
@@ -81,29 +102,9 @@ std::string RenderText(OmOutputTree& tree) {
 OmRenderCommand::OmRenderCommand(Options options) : _options(std::move(options)) {}
 
 std::string OmRenderCommand::Render(OmOutputTree& tree, Format format, const std::string& codePage) {
-  switch (format) {
-    case Format::kJson: {
-      OmJsonRenderer::Options options;
-      options.codePage = codePage;
-      return OmJsonRenderer(options).Render(tree);
-    }
-    case Format::kHtml: {
-      OmHtmlRenderer::Options options;
-      options.codePage = codePage;
-      options.maxGridCells = kMaxGridCells;
-      return OmHtmlRenderer(options).Render(tree);
-    }
-    case Format::kCsv:
-    case Format::kMarkdown:
-    case Format::kLatex: {
-      std::ostringstream out;
-      Write(tree, format, codePage, out);
-      return out.str();
-    }
-    case Format::kText: break;
-  }
-  const std::string text = RenderText(tree);
-  return CodePage::Get(codePage).IsUtf8() ? text : ToUtf8(text, codePage);
+  std::ostringstream out;
+  Write(tree, format, codePage, out);
+  return out.str();
 }
 
 void OmRenderCommand::Write(OmOutputTree& tree, Format format, const std::string& codePage,
@@ -112,8 +113,60 @@ void OmRenderCommand::Write(OmOutputTree& tree, Format format, const std::string
     case Format::kCsv: OmExport(OmExport::Kind::kCsv, codePage, kMaxGridCells).Write(tree, out); return;
     case Format::kMarkdown: OmExport(OmExport::Kind::kMarkdown, codePage, kMaxGridCells).Write(tree, out); return;
     case Format::kLatex: OmExport(OmExport::Kind::kLatex, codePage, kMaxGridCells).Write(tree, out); return;
-    default: out << Render(tree, format, codePage);
+    case Format::kJson: {
+      OmJsonRenderer::Options options;
+      options.codePage = codePage;
+      OmJsonRenderer(options).Write(tree, out);
+      return;
+    }
+    case Format::kHtml: {
+      OmHtmlRenderer::Options options;
+      options.codePage = codePage;
+      options.maxGridCells = kMaxGridCells;
+      OmHtmlRenderer(options).Write(tree, out);
+      return;
+    }
+    case Format::kText: {
+      if (CodePage::Get(codePage).IsUtf8()) {
+        WriteText(tree, out);
+        return;
+      }
+      Utf8Lines converter(out, codePage);
+      std::ostream lines(&converter);
+      WriteText(tree, lines);
+      converter.Flush();
+      return;
+    }
+    case Format::kXlsx: {
+      // The workbook library writes files only.
+      std::string path = (std::filesystem::temp_directory_path() / "omfactory-XXXXXX.xlsx").string();
+      const int fd = mkstemps(path.data(), 5);
+      if (fd < 0) throw OMSException("OmRenderCommand::Write -- no temporary file for the workbook");
+      close(fd);
+      try {
+        WriteFile(tree, format, codePage, path);
+        std::ifstream in(path, std::ios::binary);
+        out << in.rdbuf();
+      } catch (...) {
+        std::filesystem::remove(path);
+        throw;
+      }
+      std::filesystem::remove(path);
+      return;
+    }
   }
+}
+
+void OmRenderCommand::WriteFile(OmOutputTree& tree, Format format, const std::string& codePage,
+                                const std::string& path) {
+  if (format == Format::kXlsx) {
+    OmXlsxExport(codePage, kMaxGridCells).Write(tree, path);
+    return;
+  }
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  Write(tree, format, codePage, file);
+  file.flush();
+  if (!file) throw OMSException("OmRenderCommand::WriteFile -- writing failed: " + path);
 }
 
 bool OmRenderCommand::FormatOfFileName(const std::string& path, Format& format) {
@@ -122,7 +175,8 @@ bool OmRenderCommand::FormatOfFileName(const std::string& path, Format& format) 
   const std::pair<const char*, Format> known[] = {
       {".txt", Format::kText}, {".json", Format::kJson}, {".html", Format::kHtml},
       {".htm", Format::kHtml}, {".csv", Format::kCsv}, {".md", Format::kMarkdown},
-      {".markdown", Format::kMarkdown}, {".tex", Format::kLatex}};
+      {".markdown", Format::kMarkdown}, {".tex", Format::kLatex},
+      {".xlsx", Format::kXlsx}};
   for (const auto& [name, f] : known) {
     if (extension == name) {
       format = f;
@@ -245,6 +299,8 @@ int OmRenderCommand::Run(std::ostream& out, std::ostream& err) const {
             << " at offset " << e.Value2() << "); the records before it were used\n";
         status = kFailed;
       }
+      // A fed stream's bytes are not needed again: the output is built from the tree alone.
+      OmStreamReader done = std::move(reader);
     }
     if (failures > kFailuresShown) {
       err << "omfactory: " << failures - kFailuresShown << " more failing records not shown\n";
@@ -256,6 +312,16 @@ int OmRenderCommand::Run(std::ostream& out, std::ostream& err) const {
     }
   }
 
+  if (o.format == Format::kXlsx && !o.output.empty()) {
+    file.close();
+    try {
+      WriteFile(tree, o.format, o.codePage, o.output);
+    } catch (const OMSException& e) {
+      err << "omfactory: " << o.output << ": writing failed: " << OmTool::Reason(e) << "\n";
+      return kUnusable;
+    }
+    return status;
+  }
   std::ostream& sink = o.output.empty() ? out : file;
   Write(tree, o.format, o.codePage, sink);
   sink.flush();

@@ -1,6 +1,6 @@
 // `omfactory render`: replays message streams into one factory session, as the server would feed
 // a procedure's output, and writes the session's output tree as text, JSON or HTML, or exports it
-// as tidy CSV, Markdown or LaTeX.
+// as tidy CSV, Markdown, LaTeX or an Excel workbook.
 #pragma once
 
 #include <ostream>
@@ -11,7 +11,7 @@ class OmOutputTree;
 
 class OmRenderCommand {
 public:
-  enum class Format { kText, kJson, kHtml, kCsv, kMarkdown, kLatex };
+  enum class Format { kText, kJson, kHtml, kCsv, kMarkdown, kLatex, kXlsx };
 
   struct Options {
     Format format = Format::kText;
@@ -41,11 +41,15 @@ public:
   int Run(std::ostream& out, std::ostream& err) const;
 
   // The tree as the format shows it, texts converted from codePage to UTF-8. The exports
-  // (CSV, Markdown, LaTeX) are written as they are made.
+  // (CSV, Markdown, LaTeX) are written as they are made; a workbook is made in a temporary file
+  // and copied to out (WriteFile writes it in place).
   static void Write(OmOutputTree& tree, Format format, const std::string& codePage, std::ostream& out);
+  static void WriteFile(OmOutputTree& tree, Format format, const std::string& codePage,
+                        const std::string& path);
   static std::string Render(OmOutputTree& tree, Format format, const std::string& codePage);
 
-  // The format a file name's extension asks for (.txt .json .html .htm .csv .md .markdown .tex);
+  // The format a file name's extension asks for (.txt .json .html .htm .csv .md .markdown .tex
+  // .xlsx);
   // false when it names none of them.
   static bool FormatOfFileName(const std::string& path, Format& format);
 

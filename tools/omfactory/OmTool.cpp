@@ -18,10 +18,10 @@ int UsageError(std::ostream& err, const std::string& what) {
 }  // namespace
 
 std::string OmTool::Usage() {
-  return "usage: omfactory render [--format text|json|html|csv|markdown|latex] [-o FILE]\n"
-         "                        [--code-page CP] [--string-tables DIR] [--oms FILE]\n"
+  return "usage: omfactory render [--format text|json|html|csv|markdown|latex|xlsx]\n"
+         "                        [-o FILE] [--code-page CP] [--string-tables DIR] [--oms FILE]\n"
          "                        [--oms-record FILE] STREAM...\n"
-         "         (without --format, the -o file's extension chooses: .txt .json .html .csv .md .tex)\n"
+         "         (without --format, the -o file's extension chooses: .txt .json .html .csv .md .tex .xlsx)\n"
          "       omfactory dump STREAM\n";
 }
 
@@ -112,8 +112,10 @@ int OmTool::Main(const std::vector<std::string>& args, std::ostream& out, std::o
         options.format = OmRenderCommand::Format::kMarkdown;
       } else if (value == "latex" || value == "tex") {
         options.format = OmRenderCommand::Format::kLatex;
+      } else if (value == "xlsx") {
+        options.format = OmRenderCommand::Format::kXlsx;
       } else {
-        return UsageError(err, "unknown format \"" + value + "\" (text, json, html, csv, markdown or latex)");
+        return UsageError(err, "unknown format \"" + value + "\" (text, json, html, csv, markdown, latex or xlsx)");
       }
       formatGiven = true;
     } else if (name == "-o" || name == "--output") {

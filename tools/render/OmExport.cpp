@@ -4,11 +4,9 @@
 #include <charconv>
 #include <cmath>
 #include <map>
-#include <set>
 #include <string_view>
 #include <vector>
 
-#include "platform/outputmodel/OmFootnote.h"
 #include "platform/outputmodel/OmHeading.h"
 #include "platform/outputmodel/OmNumDataValue.h"
 #include "platform/outputmodel/OmNumber.h"
@@ -17,111 +15,15 @@
 #include "platform/outputmodel/OmPivotTable.h"
 #include "platform/outputmodel/OmProcedure.h"
 #include "platform/outputmodel/OmTextBlock.h"
-#include "platform/outputmodel/OmTextRenderer.h"
+#include "tools/render/OmExportView.h"
 #include "tools/render/OmTableLayout.h"
 
 namespace {
 
 using Combination = OmTableLayout::Combination;
 
-// A part shown in the outline, with its depth below the root and the procedure it belongs to.
-struct Shown {
-  OmOutputPart* part;
-  int depth;
-  const OmProcedure* procedure;
-};
-
-std::vector<Shown> ShownParts(OmOutputTree& tree) {
-  std::vector<Shown> shown;
-  std::vector<std::pair<int, const OmProcedure*>> open;  // enclosing parts: level, procedure
-  for (OmOutputTree::Node n = tree.Begin(); n != tree.End();) {
-    OmOutputPart* part = n.Value();
-    const int level = n.Level();
-    if (part != nullptr && !part->_keep && ExcludedPartHidesItsSubtree(*part)) {
-      n = n.SubtreeEnd().Here();
-      continue;
-    }
-    n = n.Next();
-    if (part == nullptr) continue;
-    while (!open.empty() && open.back().first >= level) open.pop_back();
-    const OmProcedure* procedure = open.empty() ? nullptr : open.back().second;
-    if (auto* p = dynamic_cast<const OmProcedure*>(part)) procedure = p;
-    shown.push_back({part, int(open.size()), procedure});
-    open.emplace_back(level, procedure);
-  }
-  return shown;
-}
-
-// A shown table as the exports read it: its layout, the texts of its cells with their markers
-// and the footnotes those texts refer to, in the order first referred to.
-class TableView {
-public:
-  TableView(const OmPivotTable& table, const OmDisplayText& text)
-      : table(table), layout(table), _text(text) {}
-
-  const OmPivotTable& table;
-  OmTableLayout layout;
-
-  // The shown text of a cell with its markers; "" for a null or hidden cell.
-  std::string Text(const OmCellText* cell) const {
-    if (cell == nullptr || !cell->Visible()) return std::string();
-    std::string text = _text.Text(cell);
-    for (const std::string& m : cell->Markers()) text += _text.Plain(m);
-    return text;
-  }
-  // The footnote markers of a cell, each noted as referred to.
-  std::vector<std::string> Refs(const OmCellText* cell) {
-    std::vector<std::string> refs;
-    if (cell == nullptr || !cell->Visible()) return refs;
-    for (std::int16_t index : cell->Footnotes()) {
-      if (index < 0 || std::size_t(index) >= table.Footnotes().size()) continue;
-      refs.push_back(Marker(index));
-      if (_seen.insert(index).second) _referenced.push_back(index);
-    }
-    return refs;
-  }
-  std::string Marker(int index) const {
-    const OmFootnote& note = table.Footnotes()[std::size_t(index)];
-    return note.Marker() ? _text.Text(note.Marker()) : _text.Plain(OmTextRenderer::FootnoteMarker(table, index));
-  }
-  // The referred-to footnotes: marker and text.
-  std::vector<std::pair<std::string, std::string>> Notes() const {
-    std::vector<std::pair<std::string, std::string>> notes;
-    for (int index : _referenced) {
-      notes.emplace_back(Marker(index), _text.Text(&table.Footnotes()[std::size_t(index)].Text()));
-    }
-    return notes;
-  }
-  const OmCellText* Title() const { return table.TableTitle() ? table.TableTitle() : table.Label(); }
-  // A category's labels from its dimension's top level down, groups first, joined by " / ".
-  std::string Path(const OmTableLayout::Leaf& leaf) const {
-    std::string path;
-    for (const OmDimensionNode* node : leaf.path) {
-      const std::string label = Text(node->Label());
-      if (label.empty()) continue;
-      path += (path.empty() ? "" : " / ") + label;
-    }
-    return path;
-  }
-  // The layer lines of a layer combination: "Dimension: category path", split dimensions kept
-  // at one value left out.
-  std::vector<std::string> LayerLines(const Combination& layer) const {
-    std::vector<std::string> lines;
-    const std::vector<int>& dims = layout.Dimensions(OmTableLayout::kLayers);
-    for (std::size_t k = 0; k < dims.size(); ++k) {
-      const OmDimension& dimension = table.Dimension(dims[k]);
-      if (dimension.HideCategories()) continue;
-      const std::string label = dimension.HideLabel() ? std::string() : Text(dimension.Label());
-      lines.push_back((label.empty() ? "" : label + ": ") + Path(*layer[k]));
-    }
-    return lines;
-  }
-
-private:
-  const OmDisplayText& _text;
-  std::set<int> _seen;
-  std::vector<int> _referenced;
-};
+using Shown = OmExportView::Part;
+using TableView = OmExportView::Table;
 
 std::string Join(const std::vector<std::string>& list, const char* separator) {
   std::string out;
@@ -415,7 +317,7 @@ OmExport::OmExport(Kind kind, const std::string& codePage, std::size_t maxGridCe
     : _kind(kind), _text(codePage), _maxGridCells(maxGridCells) {}
 
 void OmExport::Write(OmOutputTree& tree, std::ostream& out) const {
-  const std::vector<Shown> shown = ShownParts(tree);
+  const std::vector<Shown> shown = OmExportView::Parts(tree);
   switch (_kind) {
     case Kind::kCsv: WriteCsv(shown, _text, _maxGridCells, out); break;
     case Kind::kMarkdown: WriteMarkdown(shown, _text, _maxGridCells, out); break;

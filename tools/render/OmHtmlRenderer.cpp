@@ -99,8 +99,7 @@ public:
   TableWriter(const OmPivotTable& table, const OmDisplayText& text, std::size_t maxGridCells)
       : _table(table), _text(text), _layout(table), _maxGridCells(maxGridCells) {}
 
-  std::string Write() {
-    std::ostringstream out;
+  void Write(std::ostream& out) {
     out << "<div class=\"pivot\">\n";
     const OmCellText* title = _table.TableTitle() ? _table.TableTitle() : _table.Label();
     std::string titleHtml = Decorated(title);
@@ -111,7 +110,7 @@ public:
     if (size > _maxGridCells) {
       out << "<p class=\"toolarge\">This table is not laid out: its " << _table.NDimensions()
           << " dimensions make more than " << _maxGridCells << " positions.</p>\n</div>\n";
-      return out.str();
+      return;
     }
     const auto layers = _layout.Combinations(OmTableLayout::kLayers);
     const auto rows = _layout.Combinations(OmTableLayout::kRows);
@@ -140,7 +139,6 @@ public:
           << Decorated(&_table.Footnotes()[std::size_t(index)].Text()) << "</div>\n";
     }
     out << "</div>\n";
-    return out.str();
   }
 
 private:
@@ -201,7 +199,7 @@ private:
     return "empty";
   }
 
-  void WriteGrid(std::ostringstream& out, const std::vector<OmTableLayout::Combination>& rows,
+  void WriteGrid(std::ostream& out, const std::vector<OmTableLayout::Combination>& rows,
                  const std::vector<OmTableLayout::Combination>& columns,
                  const OmTableLayout::Combination& layer) {
     int columnBands = 0;
@@ -320,10 +318,18 @@ std::string OmHtmlRenderer::Escape(const std::string& text) {
 }
 
 std::string OmHtmlRenderer::RenderTable(const OmPivotTable& table) const {
-  return TableWriter(table, _text, _options.maxGridCells).Write();
+  std::ostringstream out;
+  TableWriter(table, _text, _options.maxGridCells).Write(out);
+  return out.str();
 }
 
 std::string OmHtmlRenderer::Render(OmOutputTree& tree) const {
+  std::ostringstream out;
+  Write(tree, out);
+  return out.str();
+}
+
+void OmHtmlRenderer::Write(OmOutputTree& tree, std::ostream& page) const {
   // The parts shown, in pre-order, with their depth in the outline.
   std::vector<Entry> entries;
   std::vector<int> open;  // levels of the parts that enclose the next one
@@ -342,39 +348,55 @@ std::string OmHtmlRenderer::Render(OmOutputTree& tree) const {
     if (open.size() + 1 < kMaxNesting) open.push_back(level);
   }
 
-  std::ostringstream nav;
-  std::ostringstream body;
+  // Labels and the outline first, then the parts one by one as they are made.
+  std::vector<std::string> labels;
+  labels.reserve(entries.size());
+  for (const Entry& entry : entries) {
+    std::string label = Escape(_text.Text(entry.part->Label()));
+    labels.push_back(label.empty() ? Escape(entry.part->KindName()) : std::move(label));
+  }
+  page << "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>"
+       << Escape(_options.title) << "</title>\n<style>" << kStyle << "</style>\n</head>\n<body>\n"
+       << "<nav id=\"outline\">\n<h1>Outline</h1>\n<ul>\n";
   std::size_t openLists = 0;
   for (std::size_t i = 0; i < entries.size(); ++i) {
     OmOutputPart& part = *entries[i].part;
     const std::size_t depth = entries[i].depth;
     const std::string id = "p" + std::to_string(i + 1);
-    std::string label = Escape(_text.Text(part.Label()));
-    if (label.empty()) label = Escape(part.KindName());
+    const std::string kind = KindClass(part);
+    const bool marked = !part._keep && _options.showExcluded;
+    const std::string excluded = marked ? " excluded" : "";
+    const std::string link = "<a class=\"" + kind + excluded + "\" href=\"#" + id + "\">" + labels[i] + "</a>";
+    const bool hasChildren = i + 1 < entries.size() && entries[i + 1].depth > depth;
+    if (hasChildren) {
+      page << "<li><details open><summary>" << link << "</summary><ul>\n";
+      ++openLists;
+    } else {
+      page << "<li>" << link << "</li>\n";
+    }
+    const std::size_t next = i + 1 < entries.size() ? entries[i + 1].depth : 0;
+    while (openLists > next) {
+      page << "</ul></details></li>\n";
+      --openLists;
+    }
+  }
+  page << "</ul>\n</nav>\n<main>\n";
+
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    OmOutputPart& part = *entries[i].part;
+    const std::size_t depth = entries[i].depth;
+    const std::string id = "p" + std::to_string(i + 1);
+    const std::string& label = labels[i];
     const std::string kind = KindClass(part);
     // Unselected headings shown for what they hold are marked only when excluded parts are asked for.
     const bool marked = !part._keep && _options.showExcluded;
     const std::string excluded = marked ? " excluded" : "";
-
-    const std::string link = "<a class=\"" + kind + excluded + "\" href=\"#" + id + "\">" + label + "</a>";
-    const bool hasChildren = i + 1 < entries.size() && entries[i + 1].depth > depth;
-    if (hasChildren) {
-      nav << "<li><details open><summary>" << link << "</summary><ul>\n";
-      ++openLists;
-    } else {
-      nav << "<li>" << link << "</li>\n";
-    }
-    const std::size_t next = i + 1 < entries.size() ? entries[i + 1].depth : 0;
-    while (openLists > next) {
-      nav << "</ul></details></li>\n";
-      --openLists;
-    }
-
+    std::ostream& body = page;
     body << "<section id=\"" << id << "\" class=\"" << kind << excluded
          << "\" style=\"margin-left:" << depth * 1.5 << "rem\">\n";
     if (marked) body << "<div class=\"note\">(excluded)</div>\n";
     if (auto* table = dynamic_cast<const OmPivotTable*>(&part)) {
-      body << RenderTable(*table);
+      TableWriter(*table, _text, _options.maxGridCells).Write(body);
     } else if (dynamic_cast<const OmProcedure*>(&part)) {
       body << "<h2 class=\"procedure\">" << label << "</h2>\n";
     } else if (dynamic_cast<const OmHeading*>(&part)) {
@@ -399,12 +421,5 @@ std::string OmHtmlRenderer::Render(OmOutputTree& tree) const {
     }
     body << "</section>\n";
   }
-
-  std::ostringstream page;
-  page << "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>"
-       << Escape(_options.title) << "</title>\n<style>" << kStyle << "</style>\n</head>\n<body>\n"
-       << "<nav id=\"outline\">\n<h1>Outline</h1>\n<ul>\n"
-       << nav.str() << "</ul>\n</nav>\n<main>\n"
-       << body.str() << "</main>\n</body>\n</html>\n";
-  return page.str();
+  page << "</main>\n</body>\n</html>\n";
 }

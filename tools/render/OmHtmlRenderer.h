@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <ostream>
 #include <string>
 
 #include "tools/render/OmDisplayText.h"
@@ -29,6 +30,8 @@ public:
   // Throws OMSException when options.codePage cannot be used.
   explicit OmHtmlRenderer(Options options);
 
+  // The page, written part by part as it is made.
+  void Write(OmOutputTree& tree, std::ostream& out) const;
   std::string Render(OmOutputTree& tree) const;
   // One table as a <div class="pivot"> block: title, one grid per layer, caption and notes.
   std::string RenderTable(const OmPivotTable& table) const;

@@ -1,7 +1,7 @@
 // Where a pivot table's dimensions, categories and header labels go when a renderer lays the
 // table out: which axis holds each dimension, every combination of categories along an axis, and
 // the header cells with the rows and columns that group labels span. The HTML and JSON renderers
-// read tables through it.
+// and the exports (CSV, Markdown, LaTeX, Excel) read tables through it.
 #pragma once
 
 #include <cstddef>
