@@ -1,10 +1,6 @@
 #include "backend/omsopmgr/OMSColumns.h"
 
-#include <functional>
-
 #include <gtest/gtest.h>
-
-#include "platform/errors/OMSException.h"
 
 namespace {
 
