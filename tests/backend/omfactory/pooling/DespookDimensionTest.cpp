@@ -76,7 +76,7 @@ TEST(DespookDimension, CombineRefusesOperandsThatAreNotGroups) {
   const SliceIndex walk(*t, {key, t.Dim("Statistics", {"B"})});
   DespookDimension despook;
   EXPECT_EQ(pooltest::ErrorOf([&] { despook.Combine(dim.Root().Child(0), dim.Root().Child(1), *t, walk); }),
-            "DespookDimension::Combine -- target is not a group");
+            "DespookDimension::Combine -- target is not a group, value 1 == 0, value 2 == 0");
   EXPECT_EQ(pooltest::ErrorOf([&] { despook.Combine(nested, dim.Root().Child(1), *t, walk); }),
-            "DespookDimension::Combine -- s is not a group");
+            "DespookDimension::Combine -- s is not a group, value 1 == 0, value 2 == 0");
 }

@@ -2,6 +2,7 @@
 // columns, correlations and bootstrapped means go through a factory session, and the same numbers
 // go to mice::pool.scalar and boot::boot.ci (r_oracle.R beside this file). Skipped when Rscript,
 // mice or boot is missing.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sys/wait.h>
@@ -15,6 +16,7 @@
 #include <fstream>
 #include <map>
 #include <memory>
+#include <numeric>
 #include <optional>
 #include <random>
 #include <sstream>
@@ -22,14 +24,12 @@
 #include <vector>
 
 #include "PoolingTables.h"
-#include "backend/omfactory/OmFactory.h"
-#include "backend/omsopmgr/OMSObjectSelector.h"
-#include "platform/outputmodel/OmOutputTree.h"
-#include "platform/stream/OmStreamWriter.h"
+#include "tests/backend/omfactory/SessionFixture.h"
 
 namespace {
 
 using namespace pooltest;
+using ::testing::Contains;
 using Where = std::map<std::string, std::string>;  // dimension label -> category label
 
 constexpr std::uint8_t kTcid = 5;
@@ -45,10 +45,8 @@ public:
          const std::vector<std::string>& rows, bool diagnostics = false)
       : _split(split) {
     const bool bootstrap = split == kSplitVariable;
-    _out.ByteOrderProbe();
     if (diagnostics) _out.OutputSetting("MIOUTPUT", "observed imputed pooled diagnostics");
-    _out.BeginProcedure(1, "procedure=" + procedure + "\ntranslated=" + procedure + "\n" +
-                               (bootstrap ? "bootstrapped=1\n" : ""));
+    _out.BeginProcedure(1, sessiontest::Settings(procedure, bootstrap ? "bootstrapped=1\n" : ""));
     _out.BeginTable(kTcid, Text(table), Text(table, 1));
     _out.PlaceDimension(kTcid, Split(), 1, bootstrap ? 2 : 0, 0, 0);
     int position = bootstrap ? 1 : 2;
@@ -56,26 +54,16 @@ public:
     _out.PlaceDimension(kTcid, Text("Statistics"), 1, 1, 0, 0);
     _out.CellDimension(kTcid, Text("Statistics"));
   }
-  std::int32_t Text(const std::string& text, std::int32_t literal = 0) {
-    _out.String(++_id, text, literal);
-    return _id;
-  }
-  std::int32_t Number(double value, std::int32_t format = kFour) {
-    _out.Number(++_id, value, format);
-    return _id;
-  }
-  std::int32_t Variable(const std::string& name) {
-    _out.Variable(++_id, 2, name, "");
-    return _id;
-  }
+  // Each of these writes a cell and returns its slot.
+  std::int32_t Text(const std::string& text, std::int32_t literal = 0) { _out.String(++_id, text, literal); return _id; }
+  std::int32_t Number(double value, std::int32_t format = kFour) { _out.Number(++_id, value, format); return _id; }
+  std::int32_t Variable(const std::string& name) { _out.Variable(++_id, 2, name, ""); return _id; }
   void SplitCategory(int value) {
     _out.DataValue(++_id, 2, kWhole, _split, "", double(value));
     const std::int32_t category = _id;
     _out.Category(kTcid, category, Split());
   }
-  void Category(const std::string& dimension, std::int32_t category) {
-    _out.Category(kTcid, category, Text(dimension));
-  }
+  void Category(const std::string& dimension, std::int32_t category) { _out.Category(kTcid, category, Text(dimension)); }
   void Cell(const std::string& statistic, double value, std::int32_t format = kFour) {
     const std::int32_t v = Number(value, format);
     _out.Cell(kTcid, v, Text(statistic));
@@ -92,7 +80,7 @@ public:
     _out.EndGroup(kTcid, Text("Statistics"));
   }
   void Annotate(const std::string& text) { _out.Annotate(kTcid, Text(text)); }
-  const OmStreamWriter& End(const SvrBootstrapSpecs* specs = nullptr) {
+  OmStreamWriter& End(const SvrBootstrapSpecs* specs = nullptr) {
     _out.EndTable(kTcid);
     if (specs) _out.EndProcedure(*specs);
     else _out.EndProcedure();
@@ -108,11 +96,6 @@ private:
   OmStreamWriter _out;
   std::int32_t _id = 0;
   std::string _split;
-};
-
-class KeepAll : public OmFactory::Observer {
-public:
-  bool WantsOutput() override { return true; }
 };
 
 // One case: the line r_oracle.R reads, and per value R prints, what the session wrote there
@@ -150,20 +133,17 @@ std::vector<double> Squares(const std::vector<double>& values) {
   return squares;
 }
 
-class ROracle : public ::testing::Test {
+class ROracle : public sessiontest::SessionTest {
 protected:
-  // Replays the stream into a fresh session; the table of the output with that template name.
-  const OmPivotTable& Run(const OmStreamWriter& out, const std::string& name) {
-    tree = std::make_unique<OmOutputTree>();
-    factory = std::make_unique<OmFactory>(tree.get(), std::string(), "UTF-8", requests);
-    factory->Register(&keep);
-    for (const OmStreamRecord& record : out.Records()) {
-      factory->Message(record.code, unsigned(record.payload.size()), record.payload.data());
-    }
+  // Ends the writer's procedure and feeds it to a fresh session; the table of the output with
+  // that template name.
+  const OmPivotTable& Run(Writer& w, const std::string& name, const SvrBootstrapSpecs* specs = nullptr) {
+    Reopen();
+    Feed();  // the byte order probe
+    sessiontest::Deliver(*factory, w.End(specs));
     EXPECT_EQ(factory->RecoveredErrorCount(), 0u) << factory->LastRecoveredError()->what();
-    for (OmOutputPart* part : *tree) {
-      auto* table = dynamic_cast<const OmPivotTable*>(part);
-      if (table && table->TemplateName().Text() == name) return *table;
+    for (OmPivotTable* table : sessiontest::PartsOf<OmPivotTable>(*tree)) {
+      if (table->TemplateName().Text() == name) return *table;
     }
     throw std::runtime_error("no table " + name + " in the output");
   }
@@ -213,20 +193,14 @@ protected:
       w.Cell("Sig(2-tailed)...", 0.5);
       w.Interval("^1\\% Confidence Interval of the Difference", "Lower", "Upper");
     }
-    const OmPivotTable& pooled = Run(w.End(), table);
+    const OmPivotTable& pooled = Run(w, table);
     Add("mi", name, Mi(dfcom, q, u), pooled, {{"Imputation Number", "Pooled"}},
         MiStatistics(estimate, se, "t", "df", "Sig(2-tailed)...", "Lower", "Upper"));
     // The interval's label reads as a reader expects it, the pattern's escape gone.
-    const std::vector<std::string> labels = pooltest::Labels(pooled.Dimension(2));
-    EXPECT_NE(std::find(labels.begin(), labels.end(), "95% Confidence Interval of the Difference"),
-              labels.end()) << name;
+    EXPECT_THAT(pooltest::Labels(pooled.Dimension(2)), Contains("95% Confidence Interval of the Difference")) << name;
   }
 
   std::vector<Case> cases;
-  std::unique_ptr<OmOutputTree> tree;
-  std::vector<OMSObjectSelector> requests;
-  KeepAll keep;
-  std::unique_ptr<OmFactory> factory;
   ScopedMiOutput diagnostics{true, true, true, true};
 };
 
@@ -287,7 +261,7 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
         }
       }
     }
-    const OmPivotTable& pooled = Run(w.End(), "Coefficients");
+    const OmPivotTable& pooled = Run(w, "Coefficients");
     for (int term = 0; term < 2; ++term) {
       Add("mi", "coefficients_" + std::to_string(term), Mi(INFINITY, b[term], Squares(se[term])), pooled,
           {{"Imputation Number", "Pooled"}, {"Variables", term == 0 ? "(Constant)" : "age"}},
@@ -319,7 +293,7 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
         w.Interval("^1% Confidence Interval", "Lower Bound", "Upper Bound");
       }
     }
-    const OmPivotTable& pooled = Run(w.End(), "Parameter Estimates");
+    const OmPivotTable& pooled = Run(w, "Parameter Estimates");
     for (int term = 0; term < 2; ++term) {
       Add("mi", "redundant_model_" + std::to_string(term), Mi(INFINITY, b[term], Squares(se[term])), pooled,
           {{"Imputation Number", "Pooled"}, {"Parameter", terms[term]}},
@@ -360,7 +334,7 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
       w.Cell("Exp(B)", std::exp(value));
       w.Interval(nominal ? "^1% Confidence Interval for Exp(B)" : "^1 C.I.for EXP(B)", "Lower", "Upper");
     }
-    const OmPivotTable& pooled = Run(w.End(), table);
+    const OmPivotTable& pooled = Run(w, table);
     const std::string name = nominal ? "nominal_wald" : "logistic_exp_b";
     const Where where = {{"Imputation Number", "Pooled"}, {key, "smoker"}};
     Add("mi", name, Mi(INFINITY, b, Squares(se)), pooled, where,
@@ -399,7 +373,7 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
         }
       }
     }
-    const OmPivotTable& pooled = Run(w.End(), "Correlations");
+    const OmPivotTable& pooled = Run(w, "Correlations");
     // R prints the pooled r, then the two-tailed and the one-tailed p.
     Add("corr", std::string("correlation_") + tails + "_tailed", " 3" + Join(r) + Join(n), pooled,
         {{"Imputation Number", "Pooled"}, {"Variables", "y"}, {"With", "x"}},
@@ -415,11 +389,7 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
     Draws data(unsigned(c.samples + c.jackknife));
     std::vector<double> x(40);
     for (double& v : x) v = c.allEqual ? 2.5 : data.Exponential();
-    auto mean = [](const std::vector<double>& v) {
-      double sum = 0.0;
-      for (double e : v) sum += e;
-      return sum / double(v.size());
-    };
+    auto mean = [](const std::vector<double>& v) { return std::accumulate(v.begin(), v.end(), 0.0) / double(v.size()); };
     const double t0 = mean(x);
     std::vector<double> t, jack;
     for (int k = 0; k < c.samples; ++k) {
@@ -445,7 +415,7 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
       specs.SetJackknifeBoundaries({std::uint32_t(c.jackknife)});
     }
     Add("boot", c.name, Join({t0, double(c.samples)}) + Join(t) + Join({double(c.jackknife)}) + Join(jack),
-        Run(w.End(&specs), "Descriptive Statistics"), {{"Statistics", "Mean"}},
+        Run(w, "Descriptive Statistics", &specs), {{"Statistics", "Mean"}},
         {"Bias", "Std. Error", "Lower", "Upper"}, "Stat Type")
         .exactBounds = c.jackknife == 0;
   }
