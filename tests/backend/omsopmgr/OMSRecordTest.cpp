@@ -18,18 +18,11 @@ class RecordBuilder {
 public:
   explicit RecordBuilder(bool otherByteOrder = false) : _other(otherByteOrder) {}
 
-  RecordBuilder& Flag(bool v) {
-    _bytes.push_back(v ? '\1' : '\0');
-    return *this;
-  }
+  RecordBuilder& Flag(bool v) { return Append(std::string(1, char(v)), false); }
   RecordBuilder& Int32(std::int32_t v) { return Number(&v, sizeof v); }
   RecordBuilder& UInt32(std::uint32_t v) { return Number(&v, sizeof v); }
   RecordBuilder& Double(double v) { return Number(&v, sizeof v); }
-  RecordBuilder& String(const std::string& s) {
-    _bytes += s;
-    _bytes.push_back('\0');
-    return *this;
-  }
+  RecordBuilder& String(const std::string& s) { return Append(s + '\0', false); }
   RecordBuilder& Strings(const std::vector<std::string>& list) {
     Int32(static_cast<std::int32_t>(list.size()));
     for (const std::string& s : list) String(s);
@@ -50,10 +43,10 @@ public:
   const std::string& Bytes() const { return _bytes; }
 
 private:
-  RecordBuilder& Number(const void* p, std::size_t n) {
-    std::string b(static_cast<const char*>(p), n);
-    if (_other) std::reverse(b.begin(), b.end());
-    _bytes += b;
+  RecordBuilder& Number(const void* p, std::size_t n) { return Append(std::string(static_cast<const char*>(p), n), _other); }
+  RecordBuilder& Append(std::string bytes, bool reverse) {
+    if (reverse) std::reverse(bytes.begin(), bytes.end());
+    _bytes += bytes;
     return *this;
   }
   bool _other;

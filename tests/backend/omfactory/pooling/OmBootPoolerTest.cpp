@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "PoolingTables.h"
+#include "tests/backend/omfactory/SessionFixture.h"
 #include "backend/omfactory/pooling/OmBootPooler.h"
 #include "platform/outputmodel/OmFootnote.h"
 #include "platform/outputmodel/OmHeading.h"
@@ -17,7 +18,7 @@
 namespace {
 
 using namespace pooltest;
-using Node = OmOutputTree::Node;
+using sessiontest::Outline;
 
 // A "Report" table of "Var" (a, b) x split 0 .. last with a cell at (a, k) for every k in splits.
 std::unique_ptr<OmPivotTable> SplitTable(const std::string& label, int last, const std::vector<int>& splits) {
@@ -28,35 +29,25 @@ std::unique_ptr<OmPivotTable> SplitTable(const std::string& label, int last, con
   return b.Release();
 }
 
-// One line per node: depth, kind and label, in list order.
-std::vector<std::string> Outline(OmOutputTree& list) {
-  std::vector<std::string> lines;
-  for (Node n = list.Begin(); !n.IsEnd(); ++n) {
-    const OmOutputPart* part = n.Value();
-    lines.push_back(std::to_string(n.Level()) + " " + (part ? part->KindName() + std::string(" ") + part->LabelText() : "-"));
-  }
-  return lines;
-}
-
 // root > procedure "Means" > parts added by each test.
 struct Output {
   Output() {
     procedure = list.AppendUnderRoot(std::make_unique<OmProcedure>(OmStringCell("Means"), "English", "UTF-8", "en_US"));
   }
-  OmPivotTable* Table(Node parent, std::unique_ptr<OmPivotTable> table) {
+  OmPivotTable* Table(std::unique_ptr<OmPivotTable> table) {
     OmPivotTable* raw = table.get();
-    list.Append(parent, std::move(table));
+    list.Append(procedure, std::move(table));
     return raw;
   }
   const OmCellText* Name() { return procedure.Value()->Label(); }
   OmOutputTree list;
-  Node procedure;
+  OmOutputTree::Node procedure;
 };
 
 TEST(OmBootPoolerTest, PatternsAreChosenOnlyWithSpecificationsAndAProcedureName) {
   Output out;
   out.list.Append(out.procedure, std::make_unique<OmHeading>(OmNumDataValue(kSplitVariable, "", 3.0, kNoDecimals)));
-  OmPivotTable* table = out.Table(out.procedure, SplitTable("Report", 2, {0, 1, 2}));
+  OmPivotTable* table = out.Table(SplitTable("Report", 2, {0, 1, 2}));
   const std::vector<std::string> before = Outline(out.list);
   OmBootPooler unspecified(out.Name(), out.list, nullptr);
   EXPECT_TRUE(unspecified.Patterns().empty());
@@ -72,24 +63,24 @@ TEST(OmBootPoolerTest, PatternsAreChosenOnlyWithSpecificationsAndAProcedureName)
 
 TEST(OmBootPoolerTest, TablesWithNothingForTheOriginalSampleGoUnlessFootnoted) {
   Output out;
-  out.Table(out.procedure, SplitTable("Replicates only", 3, {1, 2}));
-  OmPivotTable* noted = out.Table(out.procedure, SplitTable("Noted", 3, {2}));
+  out.Table(SplitTable("Replicates only", 3, {1, 2}));
+  OmPivotTable* noted = out.Table(SplitTable("Noted", 3, {2}));
   noted->Footnote(OmFootnote(OmStringCell("a note")));
   // The original sample's cell is not the first one.
-  out.Table(out.procedure, SplitTable("Original", 3, {}))->Cell({1, 0}, OmNumber(4.0));
+  out.Table(SplitTable("Original", 3, {}))->Cell({1, 0}, OmNumber(4.0));
   TableBuilder unsplit("Report", "Unsplit");
   unsplit.Dim("Var", {"a"});
-  out.Table(out.procedure, unsplit.Release());
-  out.Table(out.procedure, SplitTable("No categories", -1, {}));
+  out.Table(unsplit.Release());
+  out.Table(SplitTable("No categories", -1, {}));
   const SvrBootstrapSpecs specs = Specs(3);
   OmBootPooler pooler(out.Name(), out.list, &specs);
-  EXPECT_EQ(Outline(out.list), (std::vector<std::string>{"0 -", "1 Procedure Means", "2 Table Noted",
-                                                         "2 Table Original", "2 Table Unsplit"}));
+  EXPECT_EQ(Outline(out.list), (std::vector<std::string>{"0:-", "1:Procedure:Means", "2:Table:Noted",
+                                                         "2:Table:Original", "2:Table:Unsplit"}));
 }
 
 TEST(OmBootPoolerTest, SplitFootnotesLeaveLabelsButNotDataCells) {
   Output out;
-  OmPivotTable* table = out.Table(out.procedure, SplitTable("Report", 2, {0, 1, 2}));
+  OmPivotTable* table = out.Table(SplitTable("Report", 2, {0, 1, 2}));
   table->CornerText(OmStringCell("corner"));
   table->Caption(OmStringCell("caption"));
   const int sample = table->Footnote(OmFootnote(OmStringCell("$bootstrap_split = 2")));
