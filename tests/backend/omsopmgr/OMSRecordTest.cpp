@@ -43,7 +43,9 @@ public:
   const std::string& Bytes() const { return _bytes; }
 
 private:
-  RecordBuilder& Number(const void* p, std::size_t n) { return Append(std::string(static_cast<const char*>(p), n), _other); }
+  RecordBuilder& Number(const void* p, std::size_t n) {
+    return Append(std::string(static_cast<const char*>(p), n), _other);
+  }
   RecordBuilder& Append(std::string bytes, bool reverse) {
     if (reverse) std::reverse(bytes.begin(), bytes.end());
     _bytes += bytes;

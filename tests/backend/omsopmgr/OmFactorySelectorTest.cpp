@@ -62,7 +62,9 @@ TEST_F(SelectorTest, FirstAndLastInstanceOfFourTables) {
   std::vector<const OmPivotTable*> tables;
   for (const std::vector<int>& expected : keeps) {
     tables.push_back(&NewTable("Statistics", "Descriptive Statistics"));
-    for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(tables[i]->_keep, expected[i]) << tables.size() << ", " << i;
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+      EXPECT_EQ(tables[i]->_keep, expected[i]) << "table " << i + 1 << " of " << tables.size();
+    }
   }
   EXPECT_EQ(_selector.Instances()[0].count, 4);
   EXPECT_EQ(_selector.Instances()[0].last, tables.back());

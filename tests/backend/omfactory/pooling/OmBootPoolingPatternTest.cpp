@@ -1,9 +1,9 @@
 // The bootstrap patterns and their registry: which tables they accept, when a table holds too
 // few samples, and where each kind puts its results (a group of the statistics dimension, a
 // "Bootstrap" group beside "Statistic", or tables of their own after the source).
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <memory>
 #include <string>
 #include <utility>
@@ -92,8 +92,7 @@ TEST(OmBootPoolingPattern1Test, ATableMissingSamplesIsMarkedAndLeftUnpooled) {
   CorrTable jackknifed(1000);
   pattern->Pool(*jackknifed, list, &withJackknife);
   EXPECT_TRUE(jackknifed.Notes().empty());
-  const Texts labels = Labels(jackknifed->Dimension(jackknifed.stats));
-  EXPECT_NE(std::find(labels.begin(), labels.end(), "BCa 95% Confidence Interval"), labels.end());
+  EXPECT_THAT(Labels(jackknifed->Dimension(jackknifed.stats)), ::testing::Contains("BCa 95% Confidence Interval"));
 }
 
 TEST(OmBootPoolingPattern1Test, AddsAStatisticsDimensionWhenTheTableHasNone) {
@@ -109,11 +108,8 @@ TEST(OmBootPoolingPattern1Test, AddsAStatisticsDimensionWhenTheTableHasNone) {
   EXPECT_TRUE(stats.HideLabel());
   EXPECT_EQ(Labels(stats), (Texts{"Correlation", "Bootstrap for Correlation", "Bias", "Std. Error",
                                   "95% Confidence Interval", "Lower", "Upper"}));
-  // The statistics dimension leads the columns; isolation moved the other column dimension.
-  const std::vector<short>& columns = std::as_const(table).Columns();
-  ASSERT_FALSE(columns.empty());
-  EXPECT_EQ(columns.front(), 3);
-  EXPECT_EQ(std::count(columns.begin(), columns.end(), 2), 0);
+  // The statistics dimension is the columns; isolation moved the other column dimension.
+  EXPECT_EQ(std::as_const(table).Columns(), std::vector<short>{3});
   // The original cells were in the old dimensions only: their bias is there at (a, split 0).
   EXPECT_NEAR(NumberAt(table, {0, 0, 0, CategoryLabelled(table, 3, "Bias")}).Value(), 0.0505, 1e-12);
 }

@@ -55,7 +55,7 @@ public:
     _out.CellDimension(kTcid, Text("Statistics"));
   }
   // Each of these writes a cell and returns its slot.
-  std::int32_t Text(const std::string& text, std::int32_t literal = 0) { _out.String(++_id, text, literal); return _id; }
+  std::int32_t Text(const std::string& text, std::int32_t lit = 0) { _out.String(++_id, text, lit); return _id; }
   std::int32_t Number(double value, std::int32_t format = kFour) { _out.Number(++_id, value, format); return _id; }
   std::int32_t Variable(const std::string& name) { _out.Variable(++_id, 2, name, ""); return _id; }
   void SplitCategory(int value) {
@@ -63,7 +63,7 @@ public:
     const std::int32_t category = _id;
     _out.Category(kTcid, category, Split());
   }
-  void Category(const std::string& dimension, std::int32_t category) { _out.Category(kTcid, category, Text(dimension)); }
+  void Category(const std::string& dimension, std::int32_t id) { _out.Category(kTcid, id, Text(dimension)); }
   void Cell(const std::string& statistic, double value, std::int32_t format = kFour) {
     const std::int32_t v = Number(value, format);
     _out.Cell(kTcid, v, Text(statistic));
@@ -117,7 +117,8 @@ std::string Join(const std::vector<double>& values) {
 
 // The numbers of an "mi" line: Rubin's rules on estimates q and variances u.
 std::string Mi(double dfcom, const std::vector<double>& q, const std::vector<double>& u) {
-  return ' ' + (std::isfinite(dfcom) ? std::to_string(dfcom) : "Inf") + ' ' + std::to_string(q.size()) + Join(q) + Join(u);
+  const std::string df = std::isfinite(dfcom) ? std::to_string(dfcom) : "Inf";
+  return ' ' + df + ' ' + std::to_string(q.size()) + Join(q) + Join(u);
 }
 
 // The labels of the statistics that show R's first ten "mi" values (null: not shown).
@@ -299,14 +300,13 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
           {{"Imputation Number", "Pooled"}, {"Parameter", terms[term]}},
           MiStatistics("B", "Std. Error", "t", nullptr, "Significance", "Lower Bound", "Upper Bound"));
     }
-    const Where redundant = {{"Imputation Number", "Pooled"}, {"Parameter", "[group=2]"}, {"Statistics", "B"}};
-    EXPECT_EQ(*At(pooled, redundant), OmNumber::kSysMiss);
-    EXPECT_EQ(NotesAt(pooled, Address(pooled, redundant)), std::vector<std::string>{"Redundant parameter ..."});
-    for (const char* statistic : {"Std. Error", "Significance"}) {
-      Where other = redundant;
-      other["Statistics"] = statistic;
-      EXPECT_TRUE(std::isnan(*At(pooled, other))) << statistic;
-    }
+    auto redundant = [](const char* statistic) -> Where {
+      return {{"Imputation Number", "Pooled"}, {"Parameter", "[group=2]"}, {"Statistics", statistic}};
+    };
+    EXPECT_EQ(*At(pooled, redundant("B")), OmNumber::kSysMiss);
+    EXPECT_EQ(NotesAt(pooled, Address(pooled, redundant("B"))), std::vector<std::string>{"Redundant parameter ..."});
+    EXPECT_TRUE(std::isnan(*At(pooled, redundant("Std. Error"))));
+    EXPECT_TRUE(std::isnan(*At(pooled, redundant("Significance"))));
   }
 
   for (const bool nominal : {false, true}) {
@@ -389,7 +389,7 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
     Draws data(unsigned(c.samples + c.jackknife));
     std::vector<double> x(40);
     for (double& v : x) v = c.allEqual ? 2.5 : data.Exponential();
-    auto mean = [](const std::vector<double>& v) { return std::accumulate(v.begin(), v.end(), 0.0) / double(v.size()); };
+    auto mean = [](const std::vector<double>& v) { return std::accumulate(v.begin(), v.end(), 0.0) / v.size(); };
     const double t0 = mean(x);
     std::vector<double> t, jack;
     for (int k = 0; k < c.samples; ++k) {
