@@ -1,10 +1,6 @@
 #include "backend/omsopmgr/OMSColumns.h"
 
-#include <functional>
-
 #include <gtest/gtest.h>
-
-#include "platform/errors/OMSException.h"
 
 namespace {
 
@@ -16,17 +12,15 @@ struct TokenCase {
   bool valid;
 };
 
-OMSColumns Sequence(std::initializer_list<const char*> tokens) {
+// Columns given as Column entries: OmParsedColumn tokens (a sequence) or std::string dimension names.
+template <class Column>
+OMSColumns Of(std::initializer_list<const char*> entries) {
   OMSColumns c;
-  for (const char* t : tokens) c.AddColumn(OmParsedColumn(t));
+  for (const char* e : entries) c.AddColumn(Column(e));
   return c;
 }
-
-OMSColumns DimNames(std::initializer_list<const char*> names) {
-  OMSColumns c;
-  for (const char* n : names) c.AddColumn(std::string(n));
-  return c;
-}
+const auto Sequence = Of<OmParsedColumn>;
+const auto DimNames = Of<std::string>;
 
 }  // namespace
 

@@ -6,7 +6,6 @@
 
 namespace {
 
-
 OMSSelector WithInstances(std::initializer_list<int> numbers, bool last = false) {
   OMSSelector s;
   for (int n : numbers) s.AddInstances(n);
@@ -14,16 +13,10 @@ OMSSelector WithInstances(std::initializer_list<int> numbers, bool last = false)
   return s;
 }
 
-OMSObjectSelector Request(unsigned types) {
-  OMSObjectSelector r;
-  r.SelectType(types);
-  return r;
-}
-
 }  // namespace
 
 TEST(OMSObjectSelector, InstanceNumbersOfIfAndExceptIf) {
-  OMSObjectSelector r = Request(16);
+  OMSObjectSelector r;
   EXPECT_TRUE(r.IsInstanceSelected(7));  // no numbers: every instance
   r.AddIfOption(WithInstances({1, 3}));
   EXPECT_TRUE(r.IsInstanceSelected(3));
@@ -34,7 +27,7 @@ TEST(OMSObjectSelector, InstanceNumbersOfIfAndExceptIf) {
 }
 
 TEST(OMSObjectSelector, LastAloneSelectsNoNumber) {
-  OMSObjectSelector r = Request(16);
+  OMSObjectSelector r;
   r.AddIfOption(WithInstances({}, true));
   EXPECT_TRUE(r.IsLastInstanceSelected());
   EXPECT_FALSE(r.IsLastInstanceExcluded());
@@ -47,9 +40,8 @@ TEST(OMSObjectSelector, LastAloneSelectsNoNumber) {
 }
 
 TEST(OMSObjectSelector, EmptyTagViolatesThePrecondition) {
-  OMSObjectSelector r;
   try {
-    r.SetOMSTag("");
+    OMSObjectSelector().SetOMSTag("");
     FAIL() << "no exception";
   } catch (const OMSException& e) {
     EXPECT_EQ(e.Message(), "backend/omsopmgr/OMSObjectSelector: tag.length() > 0");

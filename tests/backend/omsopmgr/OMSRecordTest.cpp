@@ -18,18 +18,11 @@ class RecordBuilder {
 public:
   explicit RecordBuilder(bool otherByteOrder = false) : _other(otherByteOrder) {}
 
-  RecordBuilder& Flag(bool v) {
-    _bytes.push_back(v ? '\1' : '\0');
-    return *this;
-  }
+  RecordBuilder& Flag(bool v) { return Append(std::string(1, char(v)), false); }
   RecordBuilder& Int32(std::int32_t v) { return Number(&v, sizeof v); }
   RecordBuilder& UInt32(std::uint32_t v) { return Number(&v, sizeof v); }
   RecordBuilder& Double(double v) { return Number(&v, sizeof v); }
-  RecordBuilder& String(const std::string& s) {
-    _bytes += s;
-    _bytes.push_back('\0');
-    return *this;
-  }
+  RecordBuilder& String(const std::string& s) { return Append(s + '\0', false); }
   RecordBuilder& Strings(const std::vector<std::string>& list) {
     Int32(static_cast<std::int32_t>(list.size()));
     for (const std::string& s : list) String(s);
@@ -51,18 +44,20 @@ public:
 
 private:
   RecordBuilder& Number(const void* p, std::size_t n) {
-    std::string b(static_cast<const char*>(p), n);
-    if (_other) std::reverse(b.begin(), b.end());
-    _bytes += b;
+    return Append(std::string(static_cast<const char*>(p), n), _other);
+  }
+  RecordBuilder& Append(std::string bytes, bool reverse) {
+    if (reverse) std::reverse(bytes.begin(), bytes.end());
+    _bytes += bytes;
     return *this;
   }
   bool _other;
   std::string _bytes;
 };
 
-// Builds the record of the request that Sample() makes, in either byte order.
-std::string SampleRecord(bool otherByteOrder) {
-  RecordBuilder b(otherByteOrder);
+// The record of the request that Sample() makes.
+std::string SampleRecord() {
+  RecordBuilder b;
   b.Flag(false).UInt32(16 | 32);
   b.Selector({"FREQUENCIES", "DESC*"}, {"STATISTICS"}, {}, {1, 3}, true);
   b.Selector({}, {"NOTES"}, {"MEAN AGE"}, {2}, false);
@@ -115,52 +110,21 @@ void Read(const std::string& bytes, OMSObjectSelector& r) {
   in >> r;
 }
 
-void ExpectSameSubcommand(const OMSSelector& a, const OMSSelector& b) {
-  EXPECT_EQ(a.GetCommands(), b.GetCommands());
-  EXPECT_EQ(a.GetSubtypes(), b.GetSubtypes());
-  EXPECT_EQ(a.GetNames(), b.GetNames());
-  EXPECT_EQ(a.GetInstances(), b.GetInstances());
-  EXPECT_EQ(a.GetHasLastInstance(), b.GetHasLastInstance());
-}
-
-void ExpectSameStreamedFields(const OMSObjectSelector& a, const OMSObjectSelector& b) {
-  EXPECT_EQ(a.ShowNotesTables(), b.ShowNotesTables());
-  EXPECT_EQ(a.GetSelection(), b.GetSelection());
-  ExpectSameSubcommand(a.GetIfOption(), b.GetIfOption());
-  ExpectSameSubcommand(a.GetExceptIfOption(), b.GetExceptIfOption());
-  EXPECT_TRUE(a.GetColumn() == b.GetColumn());
-  EXPECT_EQ(a.GetViewerSpecified(), b.GetViewerSpecified());
-  EXPECT_EQ(a.GetDestinationIsViewer(), b.GetDestinationIsViewer());
-  EXPECT_EQ(a.GetNumberedColumnName(), b.GetNumberedColumnName());
-  EXPECT_EQ(a.GetExportImages(), b.GetExportImages());
-  EXPECT_EQ(a.ExportImagesSpecified(), b.ExportImagesSpecified());
-  EXPECT_EQ(a.GetImageFormat(), b.GetImageFormat());
-  EXPECT_EQ(a.ImageFormatSpecified(), b.ImageFormatSpecified());
-  EXPECT_EQ(a.GetImageRootName(), b.GetImageRootName());
-  EXPECT_EQ(a.GetChartSize(), b.GetChartSize());
-  EXPECT_EQ(a.GetChartSizeString(), b.GetChartSizeString());
-  EXPECT_EQ(a.ChartSizeSpecified(), b.ChartSizeSpecified());
-  EXPECT_EQ(a.GetOMSTag(), b.GetOMSTag());
-  EXPECT_EQ(a.GetNoWarning(), b.GetNoWarning());
-}
-
 }  // namespace
 
 TEST(OMSRecord, WritesTheFieldsInRecordOrderWithoutPaddingAndNeverReverses) {
   OMSObjectSelector r = Sample();
-  EXPECT_EQ(Written(r), SampleRecord(false));
+  EXPECT_EQ(Written(r), SampleRecord());
   r.SwapBytes(true);
-  EXPECT_EQ(Written(r), SampleRecord(false));
+  EXPECT_EQ(Written(r), SampleRecord());
 }
 
+// The writer, pinned above, writes every streamed field back: what it writes of a request read
+// from the record is the record again only when every field was read into its place.
 TEST(OMSRecord, RoundTripKeepsEveryStreamedField) {
-  const OMSObjectSelector original = Sample();
   OMSObjectSelector copy;
-  Read(Written(original), copy);
-  ExpectSameStreamedFields(copy, original);
-  ASSERT_EQ(copy.GetColumn().GetSequences().size(), 2u);
-  EXPECT_EQ(copy.GetColumn().GetSequences()[1].GetColumnToken(), "CALL");
-  EXPECT_TRUE(copy.GetColumn().GetSequences()[1].IsAll());
+  Read(SampleRecord(), copy);
+  EXPECT_EQ(Written(copy), SampleRecord());
 }
 
 TEST(OMSRecord, ReadingLeavesTheFieldsOutsideTheRecordAlone) {
@@ -172,7 +136,7 @@ TEST(OMSRecord, ReadingLeavesTheFieldsOutsideTheRecordAlone) {
   reader.SetNumberedColumnName("Old", true);
   reader.SelectType(1);
   reader.SetInfoSelection();
-  Read(Written(Sample()), reader);
+  Read(SampleRecord(), reader);
   EXPECT_EQ(reader.GetTableStyle(), "Compact");
   EXPECT_FALSE(reader.GetPivitingAllowed());
   EXPECT_EQ(reader.getURLs().size(), 1u);

@@ -6,35 +6,24 @@
 
 namespace {
 
-OMSSelector Commands(std::initializer_list<const char*> patterns) {
+// A subcommand whose list `add` (commands, subtypes or names) holds the patterns.
+OMSSelector With(void (OMSSelector::*add)(const std::string&), std::initializer_list<const char*> patterns) {
   OMSSelector s;
-  for (const char* p : patterns) s.AddCommands(p);
-  return s;
-}
-
-OMSSelector Subtypes(std::initializer_list<const char*> patterns) {
-  OMSSelector s;
-  for (const char* p : patterns) s.AddSubtypes(p);
-  return s;
-}
-
-OMSSelector Names(std::initializer_list<const char*> patterns) {
-  OMSSelector s;
-  for (const char* p : patterns) s.AddNames(p);
+  for (const char* p : patterns) (s.*add)(p);
   return s;
 }
 
 }  // namespace
 
 TEST(OMSSelector, FinalStarMatchesEveryKeyThatBeginsWithThePattern) {
-  const OMSSelector s = Subtypes({"Desc*"});
+  const OMSSelector s = With(&OMSSelector::AddSubtypes, {"Desc*"});
   EXPECT_TRUE(s.GetHasSubtype("Descriptive Statistics"));
   EXPECT_TRUE(s.GetHasSubtype("desc"));
   EXPECT_FALSE(s.GetHasSubtype("Des"));
   EXPECT_FALSE(s.GetHasSubtype("Frequencies"));
-  EXPECT_TRUE(Commands({"*"}).GetHasCommand("anything at all"));
-  EXPECT_TRUE(Commands({"*"}).GetHasCommand(""));
-  EXPECT_TRUE(Names({"Ä*"}).GetHasName("äpfel"));
+  EXPECT_TRUE(With(&OMSSelector::AddCommands, {"*"}).GetHasCommand("anything at all"));
+  EXPECT_TRUE(With(&OMSSelector::AddCommands, {"*"}).GetHasCommand(""));
+  EXPECT_TRUE(With(&OMSSelector::AddNames, {"Ä*"}).GetHasName("äpfel"));
 }
 
 TEST(OMSSelector, MatchesInShiftJisWithoutSplittingCharacters) {

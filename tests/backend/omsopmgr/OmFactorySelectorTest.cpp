@@ -16,8 +16,6 @@
 
 namespace {
 
-OmStringCell Text(const std::string& text) { return OmStringCell(text); }
-
 // A request for the given object types, with an IF subcommand built by fill (none when it adds
 // nothing).
 OMSObjectSelector Request(unsigned types, const std::function<void(OMSSelector&)>& fill = {}) {
@@ -27,10 +25,6 @@ OMSObjectSelector Request(unsigned types, const std::function<void(OMSSelector&)
   if (fill) fill(ifOption);
   request.AddIfOption(ifOption);
   return request;
-}
-
-std::unique_ptr<OmPivotTable> Table(const std::string& label, const std::string& subtype) {
-  return std::make_unique<OmPivotTable>(Text(label), Text(subtype));
 }
 
 // Holds the requests, the dictionary the label translator works on, and the selector under test.
@@ -43,8 +37,7 @@ protected:
 
   // Shows a table to the selector as the builder does when it creates one.
   OmPivotTable& NewTable(const std::string& label, const std::string& subtype) {
-    _parts.push_back(Table(label, subtype));
-    auto& table = static_cast<OmPivotTable&>(*_parts.back());
+    auto& table = *_parts.emplace_back(std::make_unique<OmPivotTable>(OmStringCell(label), OmStringCell(subtype)));
     _selector.Visit(table);
     return table;
   }
@@ -53,10 +46,8 @@ protected:
   FacSTDictionary _dictionary{ShippedStringTables() + "/lang/en"};
   OmCellTextTranslator _translator{&_dictionary};
   OmFactorySelector _selector{_requests, &_translator};
-  std::vector<std::unique_ptr<OmOutputPart>> _parts;
+  std::vector<std::unique_ptr<OmPivotTable>> _parts;
 };
-
-// ---- instances
 
 TEST_F(SelectorTest, FirstAndLastInstanceOfFourTables) {
   Use({Request(OMSObjectSelector::kTables, [](OMSSelector& s) {
@@ -65,28 +56,25 @@ TEST_F(SelectorTest, FirstAndLastInstanceOfFourTables) {
     s.AddLastInstance();
   })});
 
-  OmPivotTable& first = NewTable("Statistics", "Descriptive Statistics");
-  EXPECT_EQ(first._keep, 1);
-  OmPivotTable& second = NewTable("Statistics", "Descriptive Statistics");
-  EXPECT_EQ(second._keep, 1);  // the last one so far
-  OmPivotTable& third = NewTable("Statistics", "Descriptive Statistics");
-  EXPECT_EQ(second._keep, 0);  // no longer the last
-  EXPECT_EQ(third._keep, 1);
-  OmPivotTable& fourth = NewTable("Statistics", "Descriptive Statistics");
-  EXPECT_EQ(third._keep, 0);
-  EXPECT_EQ(first._keep, 1);  // selected by its number
-  EXPECT_EQ(fourth._keep, 1);
+  // The marks of all tables so far after each new one: the first kept by its number, the last
+  // one so far kept as the last, the others no longer.
+  const std::vector<std::vector<int>> keeps = {{1}, {1, 1}, {1, 0, 1}, {1, 0, 0, 1}};
+  std::vector<const OmPivotTable*> tables;
+  for (const std::vector<int>& expected : keeps) {
+    tables.push_back(&NewTable("Statistics", "Descriptive Statistics"));
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+      EXPECT_EQ(tables[i]->_keep, expected[i]) << "table " << i + 1 << " of " << tables.size();
+    }
+  }
   EXPECT_EQ(_selector.Instances()[0].count, 4);
-  EXPECT_EQ(_selector.Instances()[0].last, &fourth);
+  EXPECT_EQ(_selector.Instances()[0].last, tables.back());
 }
 
 TEST_F(SelectorTest, DecidingBeforeTheFirstResetIsAnError) {
   _requests = {Request(OMSObjectSelector::kTables)};  // no Reset for this request list
-  auto table = Table("A", "Frequencies");
-  EXPECT_THROW(_selector.Visit(*table), OMSException);
+  OmPivotTable table(OmStringCell("A"), OmStringCell("Frequencies"));
+  EXPECT_THROW(_selector.Visit(table), OMSException);
 }
-
-// ---- notes
 
 TEST_F(SelectorTest, NotesTableGoesToTheNextRequestWhenOneHidesNotes) {
   OMSObjectSelector hidesNotes = Request(OMSObjectSelector::kTables);
@@ -98,14 +86,12 @@ TEST_F(SelectorTest, NotesTableGoesToTheNextRequestWhenOneHidesNotes) {
   EXPECT_EQ(_selector.Instances()[1].count, 1);
 }
 
-// ---- commands, subtypes and labels
-
 TEST(SelectorWithoutTranslator, LabelsAreMatchedAsTheyAre) {
   std::vector<OMSObjectSelector> requests{
       Request(OMSObjectSelector::kTables, [](OMSSelector& s) { s.AddNames("Bias"); })};
   OmFactorySelector selector(requests, nullptr);
   selector.Reset();
-  OmPivotTable table(OmStringCell("Bias", true), Text("Bootstrap Statistics"));
+  OmPivotTable table(OmStringCell("Bias", true), OmStringCell("Bootstrap Statistics"));
   selector.Visit(table);
   EXPECT_EQ(table._keep, 1);
 }

@@ -7,7 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "BootTables.h"
+#include "PoolingTables.h"
+#include "tests/backend/omfactory/SessionFixture.h"
 #include "backend/omfactory/pooling/OmBootPooler.h"
 #include "platform/outputmodel/OmFootnote.h"
 #include "platform/outputmodel/OmHeading.h"
@@ -16,29 +17,16 @@
 
 namespace {
 
-using namespace boottest;
-using Node = OmOutputTree::Node;
+using namespace pooltest;
+using sessiontest::Outline;
 
-OmNumDataValue SplitLabel(int k) { return OmNumDataValue(kSplitVariable, "", double(k), mitest::kNoDecimals); }
-
-// A table of "Var" (a, b) x split 0 .. last with a cell at (a, k) for every k in splits.
-std::unique_ptr<OmPivotTable> SplitTable(const OmCellText& label, int last, const std::vector<int>& splits) {
-  auto table = std::make_unique<OmPivotTable>(label, OmStringCell("Report"));
-  table->SetTableTitle(label);
-  Dim(*table, "Var", {"a", "b"});
-  SplitDim(*table, last);
-  for (int k : splits) table->Cell({0, k}, OmNumber(1.0 + k, mitest::kTwoDecimals));
-  return table;
-}
-
-// One line per node: depth, kind and label, in list order.
-std::vector<std::string> Outline(OmOutputTree& list) {
-  std::vector<std::string> lines;
-  for (Node n = list.Begin(); !n.IsEnd(); ++n) {
-    const OmOutputPart* part = n.Value();
-    lines.push_back(std::to_string(n.Level()) + " " + (part ? part->KindName() + std::string(" ") + part->LabelText() : "-"));
-  }
-  return lines;
+// A "Report" table of "Var" (a, b) x split 0 .. last with a cell at (a, k) for every k in splits.
+std::unique_ptr<OmPivotTable> SplitTable(const std::string& label, int last, const std::vector<int>& splits) {
+  TableBuilder b("Report", label);
+  b.Dim("Var", {"a", "b"});
+  b.SplitDim(last);
+  for (int k : splits) b.Number({0, k}, 1.0 + k);
+  return b.Release();
 }
 
 // root > procedure "Means" > parts added by each test.
@@ -46,21 +34,20 @@ struct Output {
   Output() {
     procedure = list.AppendUnderRoot(std::make_unique<OmProcedure>(OmStringCell("Means"), "English", "UTF-8", "en_US"));
   }
-  Node Heading(Node parent, const OmCellText& label) { return list.Append(parent, std::make_unique<OmHeading>(label)); }
-  OmPivotTable* Table(Node parent, std::unique_ptr<OmPivotTable> table) {
+  OmPivotTable* Table(std::unique_ptr<OmPivotTable> table) {
     OmPivotTable* raw = table.get();
-    list.Append(parent, std::move(table));
+    list.Append(procedure, std::move(table));
     return raw;
   }
   const OmCellText* Name() { return procedure.Value()->Label(); }
   OmOutputTree list;
-  Node procedure;
+  OmOutputTree::Node procedure;
 };
 
 TEST(OmBootPoolerTest, PatternsAreChosenOnlyWithSpecificationsAndAProcedureName) {
   Output out;
-  out.Heading(out.procedure, SplitLabel(3));
-  OmPivotTable* table = out.Table(out.procedure, SplitTable(OmStringCell("Report"), 2, {0, 1, 2}));
+  out.list.Append(out.procedure, std::make_unique<OmHeading>(OmNumDataValue(kSplitVariable, "", 3.0, kNoDecimals)));
+  OmPivotTable* table = out.Table(SplitTable("Report", 2, {0, 1, 2}));
   const std::vector<std::string> before = Outline(out.list);
   OmBootPooler unspecified(out.Name(), out.list, nullptr);
   EXPECT_TRUE(unspecified.Patterns().empty());
@@ -76,25 +63,24 @@ TEST(OmBootPoolerTest, PatternsAreChosenOnlyWithSpecificationsAndAProcedureName)
 
 TEST(OmBootPoolerTest, TablesWithNothingForTheOriginalSampleGoUnlessFootnoted) {
   Output out;
-  out.Table(out.procedure, SplitTable(OmStringCell("Replicates only"), 3, {1, 2}));
-  OmPivotTable* noted = out.Table(out.procedure, SplitTable(OmStringCell("Noted"), 3, {2}));
+  out.Table(SplitTable("Replicates only", 3, {1, 2}));
+  OmPivotTable* noted = out.Table(SplitTable("Noted", 3, {2}));
   noted->Footnote(OmFootnote(OmStringCell("a note")));
   // The original sample's cell is not the first one.
-  OmPivotTable* original = out.Table(out.procedure, SplitTable(OmStringCell("Original"), 3, {}));
-  original->Cell({1, 0}, OmNumber(4.0, mitest::kTwoDecimals));
-  auto unsplit = std::make_unique<OmPivotTable>(OmStringCell("Unsplit"), OmStringCell("Report"));
-  Dim(*unsplit, "Var", {"a"});
-  out.Table(out.procedure, std::move(unsplit));
-  out.Table(out.procedure, SplitTable(OmStringCell("No categories"), -1, {}));
+  out.Table(SplitTable("Original", 3, {}))->Cell({1, 0}, OmNumber(4.0));
+  TableBuilder unsplit("Report", "Unsplit");
+  unsplit.Dim("Var", {"a"});
+  out.Table(unsplit.Release());
+  out.Table(SplitTable("No categories", -1, {}));
   const SvrBootstrapSpecs specs = Specs(3);
   OmBootPooler pooler(out.Name(), out.list, &specs);
-  EXPECT_EQ(Outline(out.list), (std::vector<std::string>{"0 -", "1 Procedure Means", "2 Table Noted",
-                                                         "2 Table Original", "2 Table Unsplit"}));
+  EXPECT_EQ(Outline(out.list), (std::vector<std::string>{"0:-", "1:Procedure:Means", "2:Table:Noted",
+                                                         "2:Table:Original", "2:Table:Unsplit"}));
 }
 
 TEST(OmBootPoolerTest, SplitFootnotesLeaveLabelsButNotDataCells) {
   Output out;
-  OmPivotTable* table = out.Table(out.procedure, SplitTable(OmStringCell("Report"), 2, {0, 1, 2}));
+  OmPivotTable* table = out.Table(SplitTable("Report", 2, {0, 1, 2}));
   table->CornerText(OmStringCell("corner"));
   table->Caption(OmStringCell("caption"));
   const int sample = table->Footnote(OmFootnote(OmStringCell("$bootstrap_split = 2")));

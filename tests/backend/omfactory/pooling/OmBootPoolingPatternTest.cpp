@@ -1,14 +1,15 @@
 // The bootstrap patterns and their registry: which tables they accept, when a table holds too
 // few samples, and where each kind puts its results (a group of the statistics dimension, a
 // "Bootstrap" group beside "Statistic", or tables of their own after the source).
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "BootTables.h"
+#include "PoolingTables.h"
 #include "backend/omfactory/pooling/BootPoolingPatterns.h"
 #include "backend/omfactory/pooling/OmBootPattern.h"
 #include "backend/omfactory/pooling/OmBootPoolingPattern1.h"
@@ -18,137 +19,126 @@
 
 namespace {
 
-using namespace boottest;
+using namespace pooltest;
+using Texts = std::vector<std::string>;
 
 void Place(OmPivotTable& table, const std::vector<short>& rows, const std::vector<short>& columns,
-           const std::vector<short>& layers = {}) {
+           const std::vector<short>& layers) {
   for (short d : rows) table.Rows().push_back(d);
   for (short d : columns) table.Columns().push_back(d);
   for (short d : layers) table.Layers().push_back(d);
 }
 
-std::vector<short> Columns(const OmPivotTable& table) { return table.Columns(); }
-std::vector<short> Layers(const OmPivotTable& table) { return table.Layers(); }
-
-std::vector<const OmBootPattern*> ForProcedure(const std::string& procedure) {
-  std::vector<const OmBootPattern*> chosen;
-  for (const OmBootPattern* p : BootPoolingPatterns()) {
-    if (p->MatchesProcedure(OmStringCell(procedure))) chosen.push_back(p);
-  }
-  return chosen;
-}
-
 TEST(OmBootPatternTest, TablesNeedTheirTemplateTheSplitDimensionAndEveryRequiredDimension) {
-  const OmBootPattern* coefficients = ForProcedure("Regression")[2];
+  std::vector<const OmBootPattern*> regression;
+  for (const OmBootPattern* p : BootPoolingPatterns()) {
+    if (p->MatchesProcedure(OmStringCell("Regression"))) regression.push_back(p);
+  }
+  const OmBootPattern* coefficients = regression.at(2);
   TableBuilder b("Coefficients");
   b.Dim("Statistics", {"B", "Std. Error"});
   EXPECT_FALSE(coefficients->MatchesTable(*b));  // no bootstrap split dimension
-  SplitDim(b, 2);
+  b.SplitDim(2);
   EXPECT_FALSE(coefficients->MatchesTable(*b));  // no "Variables"
   b.Dim("Variables", {"(Constant)", "x"});
   EXPECT_TRUE(coefficients->MatchesTable(*b));
   TableBuilder other("Model Summary");
   other.Dim("Statistics", {"B"});
   other.Dim("Variables", {"x"});
-  SplitDim(other, 2);
+  other.SplitDim(2);
   EXPECT_FALSE(coefficients->MatchesTable(*other));
 }
 
 // A "Correlations"-like table: Var (rows) x Statistics (columns) x split 0 .. samples (layers),
 // the statistic at Var a having value 0.5 + k / 1000 in split k.
-struct CorrTable {
-  CorrTable(int lastSplit, bool withStatistics = true) : builder("Correlations") {
-    vars = builder.Dim("Var", {"a", "b"});
-    if (withStatistics) stats = builder.Dim("Statistics", {"Correlation", "N"});
-    split = SplitDim(builder, lastSplit);
-    Place(*builder, {short(vars)}, withStatistics ? std::vector<short>{short(stats)} : std::vector<short>{},
+struct CorrTable : TableBuilder {
+  explicit CorrTable(int lastSplit, bool withStatistics = true) : TableBuilder("Correlations") {
+    const int vars = Dim("Var", {"a", "b"});
+    if (withStatistics) stats = Dim("Statistics", {"Correlation", "N"});
+    const int split = SplitDim(lastSplit);
+    Place(**this, {short(vars)}, withStatistics ? std::vector<short>{short(stats)} : std::vector<short>{},
           {short(split)});
-    OmPivotTable::Coordinates at(std::size_t(builder->NDimensions()), 0);
-    Replicates(builder, at, split, lastSplit, [](int k) { return 0.5 + k / 1000.0; });
+    Replicates(OmPivotTable::Coordinates(std::size_t((*this)->NDimensions()), 0), split, lastSplit,
+               [](int k) { return 0.5 + k / 1000.0; });
   }
-  TableBuilder builder;
-  int vars = 0, stats = -1, split = 0;
+  std::vector<std::string> Notes() { return NotesOf(**this, (*this)->Label()); }
+  int stats = -1;
 };
 
+std::unique_ptr<OmBootPoolingPattern1> CorrelationPattern(const char* procedure) {
+  auto pattern = std::make_unique<OmBootPoolingPattern1>(procedure, "Correlations");
+  pattern->SetStatisticsDimension("Statistics");
+  pattern->AddStatistic("Correlation");
+  return pattern;
+}
+
 TEST(OmBootPoolingPattern1Test, ATableMissingSamplesIsMarkedAndLeftUnpooled) {
-  OmBootPoolingPattern1 pattern("Correlations", "Correlations");
-  pattern.SetStatisticsDimension("Statistics");
-  pattern.AddStatistic("Correlation");
+  const auto pattern = CorrelationPattern("Correlations");
   OmOutputTree list;
   const SvrBootstrapSpecs specs = Specs(1000);
   CorrTable complete(1000), shortOne(999);
-  pattern.Pool(*complete.builder, list, &specs);
-  EXPECT_EQ(complete.builder->Size(complete.stats), 2 + 4);
-  EXPECT_TRUE(NotesOf(*complete.builder, complete.builder->Label()).empty());
+  pattern->Pool(*complete, list, &specs);
+  EXPECT_EQ(complete->Size(complete.stats), 2 + 4);
+  EXPECT_TRUE(complete.Notes().empty());
 
-  const std::size_t cells = shortOne.builder->NCells();
-  EXPECT_FALSE(pattern.Pool(*shortOne.builder, list, &specs));
-  EXPECT_EQ(NotesOf(*shortOne.builder, shortOne.builder->Label()),
-            std::vector<std::string>{"Not all bootstrap results available..."});
-  EXPECT_EQ(shortOne.builder->Size(shortOne.stats), 2);
-  EXPECT_EQ(shortOne.builder->NCells(), cells);
+  const std::size_t cells = shortOne->NCells();
+  EXPECT_FALSE(pattern->Pool(*shortOne, list, &specs));
+  EXPECT_EQ(shortOne.Notes(), Texts{"Not all bootstrap results available..."});
+  EXPECT_EQ(shortOne->Size(shortOne.stats), 2);
+  EXPECT_EQ(shortOne->NCells(), cells);
   // Jackknife samples count towards the categories the table must have.
   SvrBootstrapSpecs withJackknife = Specs(998);
   withJackknife.SetJackknifeList({{1.0, 0}, {1.0, 0}});
   CorrTable jackknifed(1000);
-  pattern.Pool(*jackknifed.builder, list, &withJackknife);
-  EXPECT_TRUE(NotesOf(*jackknifed.builder, jackknifed.builder->Label()).empty());
-  EXPECT_NE(NodeLabelled(jackknifed.builder->Dimension(jackknifed.stats).Root(), "BCa 95% Confidence Interval"), nullptr);
+  pattern->Pool(*jackknifed, list, &withJackknife);
+  EXPECT_TRUE(jackknifed.Notes().empty());
+  EXPECT_THAT(Labels(jackknifed->Dimension(jackknifed.stats)), ::testing::Contains("BCa 95% Confidence Interval"));
 }
 
 TEST(OmBootPoolingPattern1Test, AddsAStatisticsDimensionWhenTheTableHasNone) {
-  OmBootPoolingPattern1 pattern("T-Test", "Correlations");
-  pattern.SetStatisticsDimension("Statistics");
-  pattern.AddStatistic("Correlation");
   CorrTable t(100, false);
-  OmPivotTable& table = *t.builder;
-  table.Columns().push_back(short(table.AddDimension(OmStringCell("Other"))));
-  table.Dimension(2).Child(&table.Dimension(2).Root(), -1, OmStringCell("o"), false);
+  OmPivotTable& table = *t;
+  table.Columns().push_back(short(t.Dim("Other", {"o"})));
   OmOutputTree list;
   const SvrBootstrapSpecs specs = Specs(100);
-  EXPECT_FALSE(pattern.Pool(table, list, &specs));
+  EXPECT_FALSE(CorrelationPattern("T-Test")->Pool(table, list, &specs));
   ASSERT_EQ(table.NDimensions(), 4);
   const OmDimension& stats = table.Dimension(3);
   EXPECT_EQ(stats.Label()->Text(), "Statistics");
   EXPECT_TRUE(stats.HideLabel());
-  EXPECT_EQ(Labels(stats), (std::vector<std::string>{"Correlation", "Bootstrap for Correlation", "Bias",
-                                                     "Std. Error", "95% Confidence Interval", "Lower", "Upper"}));
-  // The statistics dimension leads the columns; isolation moved the other column dimension.
-  const std::vector<short> columns = Columns(table);
-  ASSERT_FALSE(columns.empty());
-  EXPECT_EQ(columns.front(), 3);
-  EXPECT_EQ(std::count(columns.begin(), columns.end(), 2), 0);
+  EXPECT_EQ(Labels(stats), (Texts{"Correlation", "Bootstrap for Correlation", "Bias", "Std. Error",
+                                  "95% Confidence Interval", "Lower", "Upper"}));
+  // The statistics dimension is the columns; isolation moved the other column dimension.
+  EXPECT_EQ(std::as_const(table).Columns(), std::vector<short>{3});
   // The original cells were in the old dimensions only: their bias is there at (a, split 0).
-  const int bias = CategoryLabelled(table, 3, "Bias");
-  EXPECT_NEAR(NumberAt(table, {0, 0, 0, bias}).Value(), 0.0505, 1e-12);
+  EXPECT_NEAR(NumberAt(table, {0, 0, 0, CategoryLabelled(table, 3, "Bias")}).Value(), 0.0505, 1e-12);
 }
 
 // A "Parameter Estimates" table under a heading, before a later heading: Parameter (rows) x
 // Statistics (columns) x split (layers).
 struct ParameterTable {
   explicit ParameterTable(int lastSplit, const char* title = nullptr) {
-    heading = list.AppendUnderRoot(std::make_unique<OmHeading>(OmStringCell("Univariate")));
-    auto made = std::make_unique<OmPivotTable>(OmStringCell("Parameter Estimates"),
-                                               OmStringCell("Parameter Estimates"));
-    table = made.get();
-    list.Append(heading, std::move(made));
-    list.Append(heading, std::make_unique<OmHeading>(OmStringCell("Later")));
-    if (title) table->SetTableTitle(OmStringCell(title));
-    params = Dim(*table, "Parameter", {"Intercept", "x"});
-    stats = Dim(*table, "Statistics", {"B", "Std. Error", "t"});
-    split = SplitDim(*table, lastSplit);
-    Place(*table, {short(params)}, {short(stats)}, {short(split)});
-    table->TableId(7);
+    TableBuilder b("Parameter Estimates", "Parameter Estimates");
+    if (title) b->SetTableTitle(OmStringCell(title));
+    const int params = b.Dim("Parameter", {"Intercept", "x"});
+    const int stats = b.Dim("Statistics", {"B", "Std. Error", "t"});
+    const int split = b.SplitDim(lastSplit);
+    Place(*b, {short(params)}, {short(stats)}, {short(split)});
+    b->TableId(7);
     for (int p = 0; p < 2; ++p) {
-      Replicates(*table, {p, 0, 0}, split, lastSplit, [p](int k) { return 1.0 + p + (k % 4) / 10.0; });
-      Replicates(*table, {p, 1, 0}, split, lastSplit, [](int k) { return 0.2 + (k % 2) / 10.0; });
-      Replicates(*table, {p, 2, 0}, split, lastSplit, [](int k) { return 2.0 + (k % 2); });
+      b.Replicates({p, 0, 0}, split, lastSplit, [p](int k) { return 1.0 + p + (k % 4) / 10.0; });
+      b.Replicates({p, 1, 0}, split, lastSplit, [](int k) { return 0.2 + (k % 2) / 10.0; });
+      b.Replicates({p, 2, 0}, split, lastSplit, [](int k) { return 2.0 + (k % 2); });
     }
+    table = &*b;
+    heading = list.AppendUnderRoot(std::make_unique<OmHeading>(OmStringCell("Univariate")));
+    list.Append(heading, b.Release());
+    list.Append(heading, std::make_unique<OmHeading>(OmStringCell("Later")));
   }
+  OmPivotTable* Child(std::size_t i) { return dynamic_cast<OmPivotTable*>(heading.Children().at(i).Value()); }
   OmOutputTree list;
   OmOutputTree::Node heading;
   OmPivotTable* table = nullptr;
-  int params = 0, stats = 0, split = 0;
 };
 
 TEST(OmBootPoolingPattern3Test, MakesOneTableAfterTheSourcePerEstimate) {
@@ -158,31 +148,28 @@ TEST(OmBootPoolingPattern3Test, MakesOneTableAfterTheSourcePerEstimate) {
   pattern.AddStatistic("t");
   pattern.AddStatistic("Wald");  // not in the table: no table for it
   ParameterTable t(40);
-  OmPivotTable& source = *t.table;
   const SvrBootstrapSpecs specs = Specs(40);
-  EXPECT_TRUE(pattern.Pool(source, t.list, &specs));
+  EXPECT_TRUE(pattern.Pool(*t.table, t.list, &specs));
 
-  std::vector<std::string> order;
+  Texts order;
   for (const OmOutputTree::Node& n : t.heading.Children()) order.push_back(n.Value()->Label()->Text());
-  EXPECT_EQ(order, (std::vector<std::string>{"Parameter Estimates", "Bootstrap for B", "Bootstrap for t", "Later"}));
-  auto* boot = dynamic_cast<OmPivotTable*>(t.heading.Children()[1].Value());
+  EXPECT_EQ(order, (Texts{"Parameter Estimates", "Bootstrap for B", "Bootstrap for t", "Later"}));
+  const OmPivotTable* boot = t.Child(1);
   ASSERT_NE(boot, nullptr);
   EXPECT_EQ(boot->TableId(), 500007);
   EXPECT_EQ(boot->TemplateName().Text(), "Bootstrap");
   EXPECT_EQ(boot->TableTitle()->Text(), "Bootstrap for B");
   ASSERT_EQ(boot->NDimensions(), 2);
   EXPECT_EQ(boot->Dimension(1).Label()->Text(), "Bootstrap Statistics");
-  EXPECT_TRUE(Layers(*boot).empty());
-  EXPECT_EQ(Labels(boot->Dimension(1)),
-            (std::vector<std::string>{"B", "Bootstrap", "Bias", "Std. Error", "Sig. (2-tailed)",
-                                      "95% Confidence Interval", "Lower", "Upper"}));
+  EXPECT_TRUE(boot->Layers().empty());
+  EXPECT_EQ(Labels(boot->Dimension(1)), (Texts{"B", "Bootstrap", "Bias", "Std. Error", "Sig. (2-tailed)",
+                                               "95% Confidence Interval", "Lower", "Upper"}));
   // The estimate is copied, its results beside it; the source keeps its split dimension.
   EXPECT_EQ(NumberAt(*boot, {1, 0}).Value(), 2.0);
   EXPECT_NE(boot->Cell({1, CategoryLabelled(*boot, 1, "Sig. (2-tailed)")}), nullptr);
-  EXPECT_EQ(source.NDimensions(), 3);
-  auto* tTable = dynamic_cast<OmPivotTable*>(t.heading.Children()[2].Value());
-  ASSERT_NE(tTable, nullptr);
-  EXPECT_EQ(NodeLabelled(tTable->Dimension(1).Root(), "Sig. (2-tailed)"), nullptr);
+  EXPECT_EQ(t.table->NDimensions(), 3);
+  ASSERT_NE(t.Child(2), nullptr);
+  EXPECT_EQ(CategoryLabelled(*t.Child(2), 1, "Sig. (2-tailed)"), -1);
 }
 
 TEST(OmBootPoolingPattern3Test, OneEstimateNamesItsTableAfterTheSourceTitle) {
@@ -190,10 +177,9 @@ TEST(OmBootPoolingPattern3Test, OneEstimateNamesItsTableAfterTheSourceTitle) {
   pattern.SetStatisticsDimension("Statistics");
   pattern.AddStatistic("B", OmBootPoolingPattern3::kTestStatistic);
   ParameterTable t(40, "Estimates");
-  OmPivotTable& source = *t.table;
   const SvrBootstrapSpecs specs = Specs(40);
-  EXPECT_TRUE(pattern.Pool(source, t.list, &specs));
-  auto* boot = dynamic_cast<OmPivotTable*>(t.heading.Children()[1].Value());
+  EXPECT_TRUE(pattern.Pool(*t.table, t.list, &specs));
+  const OmPivotTable* boot = t.Child(1);
   ASSERT_NE(boot, nullptr);
   EXPECT_EQ(boot->Label()->Text(), "Bootstrap for Estimates");
   // t turned into standard errors gives a significance.

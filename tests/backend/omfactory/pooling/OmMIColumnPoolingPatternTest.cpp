@@ -6,17 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "MITableBuilder.h"
+#include "PoolingTables.h"
 #include "platform/mipool/PoolingErrors.h"
 #include "platform/outputmodel/OmComposite.h"
 #include "platform/outputmodel/OmFootnote.h"
-#include "platform/outputmodel/OmNumber.h"
 
-using mitest::NotesAt;
-using mitest::NotesOf;
-using mitest::NumberAt;
-using mitest::ScopedMiOutput;
-using mitest::TableBuilder;
+using namespace pooltest;
 
 namespace {
 
@@ -31,19 +26,17 @@ const OmMIColumnPoolingPattern::Labels kCoefficients{
 // Significance, Exp(B), then the interval group's Lower Bound and Upper Bound.
 struct Coefficients {
   TableBuilder t{"Coefficients", "Coefficients"};
-  int terms, stats, imp;
-  int lower = -1, upper = -1;
+  int imp;
   enum { B, SE, T, Sig, ExpB };
 
   Coefficients(const std::vector<std::string>& names, int m) {
-    terms = t.Dim("Variables", names);
-    stats = t.Dim("Statistics", {"B", "Std. Error", "t", "Significance", "Exp(B)"});
-    OmDimension& dim = t->Dimension(stats);
+    t.Dim("Variables", names);
+    OmDimension& dim = t->Dimension(t.Dim("Statistics", {"B", "Std. Error", "t", "Significance", "Exp(B)"}));
     OmComposite label("^1 Confidence Interval for B", false);
     label.Add(OmNumber(95.0));
     OmDimension::Node group = dim.Child(&dim.Root(), -1, label, true);
-    lower = dim.Child(group, -1, OmStringCell("Lower Bound"), false)->LeafIndex();
-    upper = dim.Child(group, -1, OmStringCell("Upper Bound"), false)->LeafIndex();
+    dim.Child(group, -1, OmStringCell("Lower Bound"), false);
+    dim.Child(group, -1, OmStringCell("Upper Bound"), false);
     imp = t.Imputations(m);
   }
   void Term(int term, int i, double b, double se) {
@@ -67,7 +60,7 @@ TEST(MIColumnPooling, ModelsWhoseTermsVaryAreNotPooledAndTheTitleSaysSo) {
   Coefficients c({"(Constant)", "x"}, 3);
   for (int i = 1; i <= 3; ++i) c.Term(0, i, 1.0 + i, 0.2);
   c.Term(1, 1, 0.5, 0.1);
-  c.t.Number({1, c.B, 2}, OmPoolingTools::kSysMiss);  // the second model dropped x
+  c.t.Number({1, c.B, 2}, kSysMiss);  // the second model dropped x
   c.Term(1, 3, 0.6, 0.1);
   EXPECT_FALSE(c.Pool());
   EXPECT_EQ(NotesOf(*c.t, c.t->TableTitle()), std::vector<std::string>{"Models not pooled - terms vary..."});
@@ -106,8 +99,7 @@ TEST(MIColumnCorrelation, CorrelationOfOneEntersAsAnInfiniteZAndFailsWithItsErro
   const std::string text = GetPoolingErrorString(MPError::kNonFiniteInput);
   ASSERT_FALSE(text.empty());
   for (int term = 0; term < 2; ++term) {
-    const OmNumber& cell = NumberAt(*c.t, {term, c.T, c.Pooled()});
-    EXPECT_TRUE(cell.IsSysMiss());
+    EXPECT_TRUE(NumberAt(*c.t, {term, c.T, c.Pooled()}).IsSysMiss());
     EXPECT_EQ(NotesAt(*c.t, {term, c.T, c.Pooled()}), std::vector<std::string>{text});
   }
 }

@@ -6,12 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "MITableBuilder.h"
+#include "PoolingTables.h"
 #include "platform/outputmodel/OmFootnote.h"
 
-using mitest::NotesAt;
-using mitest::NumberAt;
-using mitest::TableBuilder;
+using namespace pooltest;
 
 namespace {
 
@@ -29,104 +27,95 @@ const Pattern::Labels kLabels{.statistics = "Statistics",
 
 // A correlation matrix: rows x columns x statistics x imputations 0 .. m. The statistics are the
 // correlation, one significance (one- or two-tailed) and, when asked for, N.
-struct Matrix {
-  TableBuilder t{"Correlations", "Correlations"};
-  int rows, columns, stats, imp;
+struct Matrix : TableBuilder {
   enum { R, Sig, N };
 
-  Matrix(int m, bool oneTailed, bool withN = true) {
-    rows = t.Dim("Variables", {"x", "y"});
-    columns = t.Dim("Variables2", {"x", "y"});
+  Matrix(int m, bool oneTailed, bool withN = true) : TableBuilder("Correlations", "Correlations") {
+    Dim("Variables", {"x", "y"});
+    Dim("Variables2", {"x", "y"});
     std::vector<std::string> statistics{"Pearson Correlation", oneTailed ? "Sig. (1-tailed)" : "Sig. (2-tailed)"};
     if (withN) statistics.push_back("N");
-    stats = t.Dim("Statistics", statistics);
-    imp = t.Imputations(m);
+    Dim("Statistics", statistics);
+    Imputations(m);
   }
-  // The x-y coefficient of imputation i, with its N when the table has N.
-  void Coefficient(int i, double r, double n) {
-    t.Number({0, 1, R, i}, r, 0x3050028);
-    if (t->Size(stats) > N) t.Number({0, 1, N, i}, n, kNoDecimalsFormat);
-  }
-  // The x-y coefficients of imputations 1, 2, ...
+  // The x-y coefficients of imputations 1, 2, ..., with their Ns when the table has N.
   void Coefficients(const std::vector<double>& rs, const std::vector<double>& ns) {
-    for (std::size_t i = 0; i < rs.size(); ++i) Coefficient(int(i) + 1, rs[i], ns[i]);
+    for (int i = 1; i <= int(rs.size()); ++i) {
+      Number({0, 1, R, i}, rs[std::size_t(i - 1)], 0x3050028);
+      if ((*this)->Size(2) > N) Number({0, 1, N, i}, ns[std::size_t(i - 1)], kNoDecimals);
+    }
   }
   // Marks the x-y coefficient of imputation i with a significance note, as a procedure does.
   void Note(int i, const std::string& text, const std::string& marker) {
     const OmStringCell mark(marker);
-    const int index = t->Footnote(OmFootnote(OmStringCell(text, true), &mark), false);
-    t->Cell({0, 1, R, i})->Footnote(std::int16_t(index));
+    const int index = (*this)->Footnote(OmFootnote(OmStringCell(text, true), &mark), false);
+    (*this)->Cell({0, 1, R, i})->Footnote(std::int16_t(index));
   }
   void Pool() {
     Pattern pattern("Correlations", "Correlations");
     pattern.SetLabels(kLabels);
-    ASSERT_TRUE(pattern.MatchesTable(*t));
-    ASSERT_TRUE(pattern.Pool(*t, nullptr));
+    ASSERT_TRUE(pattern.MatchesTable(**this));
+    ASSERT_TRUE(pattern.Pool(**this, nullptr));
   }
-  int Pooled() { return t->Size(imp) - 1; }
-  static constexpr std::uint32_t kNoDecimalsFormat = 0x50028;
+  // The pooled x-y (or, with row 0, x-x) statistic.
+  OmPivotTable::Coordinates Pooled(int statistic, int row = 1) { return {0, row, statistic, (*this)->Size(3) - 1}; }
 };
 
 // The pooled two-tailed significance of correlations with their Ns, on the Fisher z scale.
-mitest::Reference FisherReference(const std::vector<double>& rs, const std::vector<double>& ns) {
+double FisherSignificance(const std::vector<double>& rs, const std::vector<double>& ns) {
   std::vector<std::vector<double>> z, se;
   for (std::size_t i = 0; i < rs.size(); ++i) {
     z.push_back({std::atanh(rs[i])});
     se.push_back({1.0 / std::sqrt(ns[i] - 3.0)});
   }
-  return mitest::Pooled(z, se);
+  return Pooled(z, se).significance[0];
 }
 
 }  // namespace
 
 TEST(MICorrMatrix, DiagonalIsOneWithoutSignificanceAndAPerfectCorrelationInSomeIsMissing) {
   Matrix m(2, false);
-  for (int i = 1; i <= 2; ++i) m.t.Number({0, 0, Matrix::R, i}, 1.0);
-  m.Coefficient(1, 1.0, 30);
-  m.Coefficient(2, 0.8, 30);
+  for (int i = 1; i <= 2; ++i) m.Number({0, 0, Matrix::R, i}, 1.0);
+  m.Coefficients({1.0, 0.8}, {30, 30});
   m.Pool();
-  EXPECT_EQ(NumberAt(*m.t, {0, 0, Matrix::R, m.Pooled()}).Value(), 1.0);
-  EXPECT_EQ(m.t->Cell({0, 0, Matrix::Sig, m.Pooled()}), nullptr);
-  EXPECT_TRUE(NumberAt(*m.t, {0, 1, Matrix::R, m.Pooled()}).IsSysMiss());
+  EXPECT_EQ(NumberAt(*m, m.Pooled(Matrix::R, 0)).Value(), 1.0);
+  EXPECT_EQ(m->Cell(m.Pooled(Matrix::Sig, 0)), nullptr);
+  EXPECT_TRUE(NumberAt(*m, m.Pooled(Matrix::R)).IsSysMiss());
 }
 
 TEST(MICorrMatrix, TwoTailedTablesGetTheTwoTailedNoteOfThePooledSignificance) {
   Matrix m(2, false);
-  const std::vector<double> rs{0.62, 0.58}, ns{50, 50};
-  m.Coefficients(rs, ns);
+  m.Coefficients({0.62, 0.58}, {50, 50});
   m.Note(2, kLabels.note01TwoTailed, "**");
-  ASSERT_LE(FisherReference(rs, ns).significance[0], 0.01);
+  ASSERT_LE(FisherSignificance({0.62, 0.58}, {50, 50}), 0.01);
   m.Pool();
-  EXPECT_EQ(NotesAt(*m.t, {0, 1, Matrix::R, m.Pooled()}), std::vector<std::string>{kLabels.note01TwoTailed});
+  EXPECT_EQ(NotesAt(*m, m.Pooled(Matrix::R)), std::vector<std::string>{kLabels.note01TwoTailed});
 }
 
 TEST(MICorrMatrix, OneTailedTablesHalveThePAndNoteBetweenTwoAndTenPercent) {
   Matrix m(2, true);
-  const std::vector<double> rs{0.30, 0.24}, ns{50, 50};
-  m.Coefficients(rs, ns);
+  m.Coefficients({0.30, 0.24}, {50, 50});
   m.Note(1, kLabels.note05OneTailed, "*");
-  const double p = FisherReference(rs, ns).significance[0];
+  const double p = FisherSignificance({0.30, 0.24}, {50, 50});
   ASSERT_GT(p, 0.02);
   ASSERT_LE(p, 0.1);
   m.Pool();
-  EXPECT_NEAR(NumberAt(*m.t, {0, 1, Matrix::Sig, m.Pooled()}).Value(), p * 0.5, 1e-12);
-  EXPECT_EQ(NotesAt(*m.t, {0, 1, Matrix::R, m.Pooled()}), std::vector<std::string>{kLabels.note05OneTailed});
+  EXPECT_NEAR(NumberAt(*m, m.Pooled(Matrix::Sig)).Value(), p * 0.5, 1e-12);
+  EXPECT_EQ(NotesAt(*m, m.Pooled(Matrix::R)), std::vector<std::string>{kLabels.note05OneTailed});
 }
 
 TEST(MICorrMatrix, SignificanceWithoutAnyNSaysItNeedsN) {
   Matrix m(2, false, false);
-  m.Coefficient(1, 0.5, 0);
-  m.Coefficient(2, 0.3, 0);
+  m.Coefficients({0.5, 0.3}, {});
   m.Pool();
-  EXPECT_TRUE(NumberAt(*m.t, {0, 1, Matrix::Sig, m.Pooled()}).IsSysMiss());
-  EXPECT_EQ(NotesAt(*m.t, {0, 1, Matrix::Sig, m.Pooled()}), std::vector<std::string>{Pattern::kNeedsN});
+  EXPECT_TRUE(NumberAt(*m, m.Pooled(Matrix::Sig)).IsSysMiss());
+  EXPECT_EQ(NotesAt(*m, m.Pooled(Matrix::Sig)), std::vector<std::string>{Pattern::kNeedsN});
 }
 
 TEST(MICorrMatrix, MissingCorrelationInAnImputationLeavesTheErrorOnThePooledCell) {
   Matrix m(2, false);
-  m.Coefficient(1, 0.5, 30);
-  m.Coefficient(2, OmPoolingTools::kSysMiss, 30);
+  m.Coefficients({0.5, kSysMiss}, {30, 30});
   m.Pool();
-  EXPECT_EQ(NotesAt(*m.t, {0, 1, Matrix::R, m.Pooled()}).size(), 1u);
-  EXPECT_EQ(m.t->Cell({0, 1, Matrix::N, m.Pooled()}), nullptr);
+  EXPECT_EQ(NotesAt(*m, m.Pooled(Matrix::R)).size(), 1u);
+  EXPECT_EQ(m->Cell(m.Pooled(Matrix::N)), nullptr);
 }

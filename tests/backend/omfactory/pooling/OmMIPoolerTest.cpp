@@ -3,46 +3,27 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <typeinfo>
 #include <vector>
 
-#include "MITableBuilder.h"
+#include "PoolingTables.h"
 #include "backend/omfactory/pooling/MIPoolingPatterns.h"
-#include "backend/omfactory/pooling/OmMICellPoolingPattern.h"
-#include "backend/omfactory/pooling/OmMICellPoolingPattern0.h"
-#include "backend/omfactory/pooling/OmMICellPoolingPattern2.h"
-#include "backend/omfactory/pooling/OmMIColumnPoolingPattern.h"
 #include "backend/omfactory/pooling/OmMIPattern.h"
-#include "platform/outputmodel/OmNumDataValue.h"
 #include "platform/outputmodel/OmTextBlock.h"
 
-using mitest::NotesOf;
-using mitest::NumberAt;
-using mitest::ScopedMiOutput;
-using mitest::TableBuilder;
+using namespace pooltest;
 
 namespace {
 
-enum Kind { kCell, kCell0, kCell2, kColumn, kCorrelation };
-
-struct Row {
-  Kind kind;
-  const char* procedure;
-  const char* table;
-};
-
 // A "Means" report of one group with a mean and an N over imputations 0 .. m.
-struct Report {
-  TableBuilder t{"Report", "Report"};
-  int imp;
-  explicit Report(int m) {
-    t.Dim("Group", {"a"});
-    t.Dim("Statistics", {"Mean", "Std. Error of Mean", "N"});
-    imp = t.Imputations(m);
+struct Report : TableBuilder {
+  explicit Report(int m) : TableBuilder("Report", "Report") {
+    Dim("Group", {"a"});
+    Dim("Statistics", {"Mean", "Std. Error of Mean", "N"});
+    Imputations(m);
     for (int i = 0; i <= m; ++i) {
-      t.Number({0, 0, i}, 2.0 + i);
-      t.Number({0, 1, i}, 0.5);
-      t.Number({0, 2, i}, 10.0, mitest::kNoDecimals);
+      Number({0, 0, i}, 2.0 + i);
+      Number({0, 1, i}, 0.5);
+      Number({0, 2, i}, 10.0, kNoDecimals);
     }
   }
 };
@@ -50,10 +31,6 @@ struct Report {
 const OmStringCell kMeans("Means", true);
 
 }  // namespace
-
-// --- The registry
-
-// --- Choosing the patterns
 
 TEST(MIPoolerPatterns, KeepsThePatternsOfItsProcedureInRegistryOrder) {
   const OmStringCell regression("Regression", true);
@@ -68,12 +45,10 @@ TEST(MIPoolerPatterns, KeepsThePatternsOfItsProcedureInRegistryOrder) {
   EXPECT_THROW(pooler.Pattern(expected.size()), OMSException);
 }
 
-// --- Pooling and pruning a table
-
 TEST(MIPooler, NoFlagsDiscardImputedTablesButKeepOtherTablesAndParts) {
   Report imputed(2);
   OmMIPooler pooler(&kMeans, nullptr, false, false, false, false);
-  pooler.Visit(*imputed.t);
+  pooler.Visit(*imputed);
   EXPECT_TRUE(pooler.Discard());
 
   TableBuilder plain("Report");
@@ -84,8 +59,7 @@ TEST(MIPooler, NoFlagsDiscardImputedTablesButKeepOtherTablesAndParts) {
   EXPECT_FALSE(plain->IsImputed());
   EXPECT_EQ(plain->NCells(), 1u);
 
-  Report again(1);
-  pooler.Visit(*again.t);
+  pooler.Visit(*Report(1));
   ASSERT_TRUE(pooler.Discard());
   OmTextBlock text(OmStringCell("Notes"), "UTF-8");
   pooler.Visit(text);
@@ -98,7 +72,7 @@ TEST(MIPooler, PruningPassesOverLaterGroupsOnceSomethingStays) {
   OmDimension& dim = t->Dimension(d);
   auto group = [&dim](const std::vector<double>& values) {
     OmDimension::Node g = dim.Child(&dim.Root(), -1, OmStringCell("Group"), true);
-    for (double v : values) dim.Child(g, -1, OmNumDataValue("Imputation_", "", v, mitest::kNoDecimals), false);
+    for (double v : values) dim.Child(g, -1, OmNumDataValue("Imputation_", "", v, kNoDecimals), false);
   };
   group({0.0, 1.0});  // imputation 1 stays
   group({0.0, 2.0});  // not looked at any more: its original data stays
@@ -115,13 +89,13 @@ TEST(MIPooler, PruningPassesOverLaterGroupsOnceSomethingStays) {
 TEST(MIPooler, PoolingPastTheCellLimitMarksTheTitleAndUnscratches) {
   ScopedMiOutput output(true, true, true, false);
   Report r(2);
-  r.t->MaxCells(r.t->NCells() + 1);  // room for one pooled cell only
+  r->MaxCells(r->NCells() + 1);  // room for one pooled cell only
   OmMIPooler pooler(&kMeans, nullptr, true, true, true, false);
-  pooler.Visit(*r.t);
-  EXPECT_FALSE(r.t->IsScratched());
-  EXPECT_EQ(r.t->TableTitle()->TextColor(), "#FF0000");
-  const std::vector<std::string> notes = NotesOf(*r.t, r.t->TableTitle());
+  pooler.Visit(*r);
+  EXPECT_FALSE(r->IsScratched());
+  EXPECT_EQ(r->TableTitle()->TextColor(), "#FF0000");
+  const std::vector<std::string> notes = NotesOf(*r, r->TableTitle());
   ASSERT_EQ(notes.size(), 1u);
-  EXPECT_NE(notes[0].find(std::to_string(r.t->MaxCells())), std::string::npos) << notes[0];
-  EXPECT_EQ(r.t->NCells(), r.t->MaxCells());
+  EXPECT_NE(notes[0].find(std::to_string(r->MaxCells())), std::string::npos) << notes[0];
+  EXPECT_EQ(r->NCells(), r->MaxCells());
 }

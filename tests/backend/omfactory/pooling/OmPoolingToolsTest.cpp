@@ -6,22 +6,11 @@
 #include <utility>
 #include <vector>
 
-#include "MITableBuilder.h"
+#include "PoolingTables.h"
 #include "platform/outputmodel/OmComposite.h"
-#include "platform/outputmodel/OmNumDataValue.h"
-#include "platform/outputmodel/OmNumber.h"
-#include "platform/outputmodel/OmStringCell.h"
 
-using mitest::TableBuilder;
+using pooltest::TableBuilder;
 using T = OmPoolingTools;
-
-namespace {
-
-}  // namespace
-
-// --- Finding dimensions
-
-// --- Finding categories
 
 TEST(PoolingToolsCategories, LabelPathFindsCategoryInsideNamedGroupThroughUnnamedGroups) {
   TableBuilder t("Any");
@@ -32,11 +21,11 @@ TEST(PoolingToolsCategories, LabelPathFindsCategoryInsideNamedGroupThroughUnname
   dim.Child(n, -1, OmStringCell("Missing"), false);
   const int valid = dim.Child(n, -1, OmStringCell("Valid"), false)->LeafIndex();
 
-  EXPECT_EQ(T::FindMatchingCategory(std::string("N#Valid"), &dim.Root()), valid);
-  EXPECT_EQ(T::FindMatchingCategory(std::string("Valid"), &dim.Root()), 0);
-  EXPECT_EQ(T::FindMatchingCategory(std::string("N"), &dim.Root()), -1);  // a group is no answer
-  EXPECT_EQ(T::FindMatchingCategory(std::string("Missing#N"), &dim.Root()), -1);
-  EXPECT_EQ(T::FindMatchingCategory(std::string(""), &dim.Root()), -1);
+  // "N" is a group, no answer.
+  for (const auto& [path, category] : {std::pair<std::string, int>{"N#Valid", valid}, {"Valid", 0}, {"N", -1},
+                                       {"Missing#N", -1}, {"", -1}}) {
+    EXPECT_EQ(T::FindMatchingCategory(path, &dim.Root()), category) << path;
+  }
 }
 
 TEST(PoolingToolsCategories, FindSearchesSiblingsDepthFirstUpToTheEnd) {
@@ -69,12 +58,6 @@ TEST(PoolingToolsCategories, ConfidenceIntervalGroupNeedsExactlyTwoBounds) {
   EXPECT_DOUBLE_EQ(level, 0.95);
 }
 
-// --- Adding categories
-
-// --- Footnotes
-
-// --- Bootstrap helpers
-
 TEST(PoolingToolsBootstrap, SplitNumberIsTheOneDigitAfterTheMarkerOrTheWholeDataValue) {
   OmComposite inner("^1", false);
   inner.Add(OmStringCell("$bootstrap_split=4"));
@@ -83,9 +66,9 @@ TEST(PoolingToolsBootstrap, SplitNumberIsTheOneDigitAfterTheMarkerOrTheWholeData
   outer.Add(inner);
   const OmStringCell three("$bootstrap_split=3"), spaced("x $bootstrap_split = 12");
   const OmStringCell letter("$bootstrap_split= a"), none("bootstrap 3");
-  const OmNumDataValue whole("$bootstrap_split", "", 2.0, mitest::kNoDecimals);
-  const OmNumDataValue fraction("$bootstrap_split", "", 2.5, mitest::kNoDecimals);
-  const OmNumDataValue otherCase("$BOOTSTRAP_SPLIT", "", 2.0, mitest::kNoDecimals);
+  const OmNumDataValue whole("$bootstrap_split", "", 2.0, pooltest::kNoDecimals);
+  const OmNumDataValue fraction("$bootstrap_split", "", 2.5, pooltest::kNoDecimals);
+  const OmNumDataValue otherCase("$BOOTSTRAP_SPLIT", "", 2.0, pooltest::kNoDecimals);
   const OmNumber number(2.0);
   const std::pair<const OmCellText*, int> cases[] = {
       {&three, 3},     {&spaced, 1},   {&letter, -1},   {&none, -1},      {nullptr, -1},
@@ -104,6 +87,4 @@ TEST(PoolingToolsBootstrap, DemoteDimensionMovesItToTheFrontInTheCallersStorage)
   T::DemoteDimension(PuppetVector<short>(order, -1), 1);
   EXPECT_EQ(order, (std::vector<short>{1, 3, 4, 1}));
 }
-
-// --- Statistics
 

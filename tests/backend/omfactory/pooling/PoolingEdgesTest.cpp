@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "BootTables.h"
+#include "PoolingTables.h"
 #include "backend/omfactory/pooling/BootstrapCellCalculator.h"
 #include "backend/omfactory/pooling/OmMICorrMatrixPoolingPattern.h"
 #include "platform/outputmodel/OmComposite.h"
@@ -15,7 +15,7 @@
 
 namespace {
 
-using namespace boottest;
+using namespace pooltest;
 
 TEST(BootEdges, BoundsTheReplicatesCannotReachCarryTheCoverageNote) {
   struct Case {
@@ -38,9 +38,9 @@ TEST(BootEdges, BoundsTheReplicatesCannotReachCarryTheCoverageNote) {
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     TableBuilder b("Descriptive Statistics");
-    const int stats = Dim(*b, "Statistics", {"Mean"});
-    const int split = SplitDim(b, c.samples + c.jackknife);
-    Replicates(b, {0, 0}, split, c.samples + c.jackknife, [&](int k) {
+    b.Dim("Statistics", {"Mean"});
+    const int split = b.SplitDim(c.samples + c.jackknife);
+    b.Replicates({0, 0}, split, c.samples + c.jackknife, [&](int k) {
       if (k == 0) return c.jackknife ? 100.5 : 11.0;
       if (k <= c.samples) return c.jackknife ? double(k) : double(k % 5) + 0.1 * k;
       return k == c.samples + c.jackknife ? 10.0 : 0.0;
@@ -49,13 +49,12 @@ TEST(BootEdges, BoundsTheReplicatesCannotReachCarryTheCoverageNote) {
     if (c.jackknife) {
       specs.SetJackknifeList(std::vector<SvrBootstrapSpecs::JackknifeEntry>(std::size_t(c.jackknife), {1.0, 0}));
     }
-    auto writer = std::make_unique<BootstrapResultWriter>(
-        c.level, *b, stats, OmStringCell("Bootstrap", true), "bootstrap samples", unsigned(c.samples),
-        false, c.jackknife != 0, false);
-    BootstrapResultWriter& results = *writer;
-    BootstrapCellCalculator calculator(specs, *b, std::move(writer), split, {});
+    BootstrapCellCalculator calculator(specs, *b, std::make_unique<BootstrapResultWriter>(
+        c.level, *b, 0, OmStringCell("Bootstrap", true), "bootstrap samples", unsigned(c.samples),
+        false, c.jackknife != 0, false), split, {});
     calculator.ComputeCell({0, 0}, {}, false);
-    const OmPivotTable::Coordinates lower{results.LowerCategory(), 0}, upper{results.UpperCategory(), 0};
+    const OmPivotTable::Coordinates lower{calculator.Writer().LowerCategory(), 0};
+    const OmPivotTable::Coordinates upper{calculator.Writer().UpperCategory(), 0};
     EXPECT_EQ(NumberAt(*b, lower).IsSysMiss(), c.lowerMissing);
     EXPECT_EQ(NumberAt(*b, upper).IsSysMiss(), c.upperMissing);
     const std::vector<std::string> notes = c.note ? std::vector<std::string>{c.note} : std::vector<std::string>{};
@@ -81,9 +80,9 @@ TEST(MIEdges, ListwiseNFootnotesGiveTheNOfEachImputation) {
     OmComposite note{OmStringCell(kListwise)};
     note.BeginRepeatList();
     note.Add(OmVariable("Imputation_", "Imputation Number"));
-    note.Add(OmNumDataValue("Imputation_", "", double(i), mitest::kNoDecimals));
+    note.Add(OmNumDataValue("Imputation_", "", double(i), kNoDecimals));
     note.EndRepeatList();
-    note.Add(OmNumber(n[std::size_t(i - 1)], mitest::kNoDecimals));
+    note.Add(OmNumber(n[std::size_t(i - 1)], kNoDecimals));
     t->Footnote(OmFootnote(note), false);
   }
   OmMICorrMatrixPoolingPattern pattern("Correlations", "Correlations");

@@ -2,6 +2,7 @@
 // columns, correlations and bootstrapped means go through a factory session, and the same numbers
 // go to mice::pool.scalar and boot::boot.ci (r_oracle.R beside this file). Skipped when Rscript,
 // mice or boot is missing.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sys/wait.h>
@@ -14,64 +15,55 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <optional>
 #include <memory>
+#include <numeric>
+#include <optional>
 #include <random>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "BootTables.h"
-#include "MITableBuilder.h"
-#include "backend/omfactory/OmFactory.h"
-#include "backend/omsopmgr/OMSObjectSelector.h"
-#include "platform/outputmodel/OmNumber.h"
-#include "platform/outputmodel/OmOutputTree.h"
-#include "platform/stream/OmStreamWriter.h"
+#include "PoolingTables.h"
+#include "tests/backend/omfactory/SessionFixture.h"
 
 namespace {
+
+using namespace pooltest;
+using ::testing::Contains;
+using Where = std::map<std::string, std::string>;  // dimension label -> category label
 
 constexpr std::uint8_t kTcid = 5;
 constexpr std::int32_t kFour = (5 << 16) | (10 << 8) | 4;
 constexpr std::int32_t kWhole = (5 << 16) | (8 << 8);
 
-// Writes one procedure's cells and table messages, each cell in a fresh slot.
+// One procedure's stream holding one table, whose first dimension is the variable `split` (the
+// imputations, down, or the bootstrap samples, in the layers), then `rows` down and the
+// statistics across. Each cell goes in a fresh slot: messages take the cells they name.
 class Writer {
 public:
-  explicit Writer(OmStreamWriter& out) : _out(out) {}
-  std::int32_t Text(const std::string& text, std::int32_t literal = 0) {
-    _out.String(++_id, text, literal);
-    return _id;
-  }
-  std::int32_t Number(double value, std::int32_t format = kFour) {
-    _out.Number(++_id, value, format);
-    return _id;
-  }
-  std::int32_t Variable(const std::string& name, const std::string& label = "") {
-    _out.Variable(++_id, 2, name, label);
-    return _id;
-  }
-  // A table whose first dimension is the variable `split` (the imputations, down, or the
-  // bootstrap samples, in the layers), then `rows` down and the statistics across.
-  void Table(const std::string& name, const std::string& split, const std::vector<std::string>& rows) {
-    _split = split;
-    const bool layers = split != "Imputation_";
-    _out.BeginTable(kTcid, Text(name), Text(name, 1));
-    _out.PlaceDimension(kTcid, Split(), 1, layers ? 2 : 0, 0, 0);
-    int position = layers ? 1 : 2;
+  Writer(const std::string& procedure, const std::string& table, const std::string& split,
+         const std::vector<std::string>& rows, bool diagnostics = false)
+      : _split(split) {
+    const bool bootstrap = split == kSplitVariable;
+    if (diagnostics) _out.OutputSetting("MIOUTPUT", "observed imputed pooled diagnostics");
+    _out.BeginProcedure(1, sessiontest::Settings(procedure, bootstrap ? "bootstrapped=1\n" : ""));
+    _out.BeginTable(kTcid, Text(table), Text(table, 1));
+    _out.PlaceDimension(kTcid, Split(), 1, bootstrap ? 2 : 0, 0, 0);
+    int position = bootstrap ? 1 : 2;
     for (const std::string& row : rows) _out.PlaceDimension(kTcid, Text(row), position++, 0, 0, 0);
     _out.PlaceDimension(kTcid, Text("Statistics"), 1, 1, 0, 0);
     _out.CellDimension(kTcid, Text("Statistics"));
   }
-  // Messages take the cells they name: every label is sent afresh.
+  // Each of these writes a cell and returns its slot.
+  std::int32_t Text(const std::string& text, std::int32_t lit = 0) { _out.String(++_id, text, lit); return _id; }
+  std::int32_t Number(double value, std::int32_t format = kFour) { _out.Number(++_id, value, format); return _id; }
+  std::int32_t Variable(const std::string& name) { _out.Variable(++_id, 2, name, ""); return _id; }
   void SplitCategory(int value) {
     _out.DataValue(++_id, 2, kWhole, _split, "", double(value));
     const std::int32_t category = _id;
     _out.Category(kTcid, category, Split());
   }
-  void Category(const std::string& dimension, std::int32_t category) {
-    _out.Category(kTcid, category, Text(dimension));
-  }
+  void Category(const std::string& dimension, std::int32_t id) { _out.Category(kTcid, id, Text(dimension)); }
   void Cell(const std::string& statistic, double value, std::int32_t format = kFour) {
     const std::int32_t v = Number(value, format);
     _out.Cell(kTcid, v, Text(statistic));
@@ -87,20 +79,23 @@ public:
     Cell(upperLabel, 1.0);
     _out.EndGroup(kTcid, Text("Statistics"));
   }
+  void Annotate(const std::string& text) { _out.Annotate(kTcid, Text(text)); }
+  OmStreamWriter& End(const SvrBootstrapSpecs* specs = nullptr) {
+    _out.EndTable(kTcid);
+    if (specs) _out.EndProcedure(*specs);
+    else _out.EndProcedure();
+    return _out;
+  }
+
 private:
   std::int32_t Split() {
     _out.Variable(++_id, 2, _split, _split == "Imputation_" ? "Imputation Number" : "");
     return _id;
   }
 
-  OmStreamWriter& _out;
+  OmStreamWriter _out;
   std::int32_t _id = 0;
   std::string _split;
-};
-
-class KeepAll : public OmFactory::Observer {
-public:
-  bool WantsOutput() override { return true; }
 };
 
 // One case: the line r_oracle.R reads, and per value R prints, what the session wrote there
@@ -110,6 +105,7 @@ struct Case {
   std::string rLine;
   std::vector<std::optional<double>> ours;
   bool exactBounds = false;  // values 2 and 3 are percentile bounds: boot.ci's rule, to the last bits
+  double rounding = 0.0;     // the values are shown rounded to this
 };
 
 std::string Join(const std::vector<double>& values) {
@@ -119,64 +115,74 @@ std::string Join(const std::vector<double>& values) {
   return text.str();
 }
 
-class ROracle : public ::testing::Test {
+// The numbers of an "mi" line: Rubin's rules on estimates q and variances u.
+std::string Mi(double dfcom, const std::vector<double>& q, const std::vector<double>& u) {
+  const std::string df = std::isfinite(dfcom) ? std::to_string(dfcom) : "Inf";
+  return ' ' + df + ' ' + std::to_string(q.size()) + Join(q) + Join(u);
+}
+
+// The labels of the statistics that show R's first ten "mi" values (null: not shown).
+std::vector<const char*> MiStatistics(const char* estimate, const char* se, const char* t, const char* df,
+                                      const char* sig, const char* lower, const char* upper) {
+  return {estimate, se, t, df, sig, lower, upper, "Relative Increase Variance", "Fraction Missing Info.",
+          "Relative Efficiency"};
+}
+
+std::vector<double> Squares(const std::vector<double>& values) {
+  std::vector<double> squares;
+  for (double v : values) squares.push_back(v * v);
+  return squares;
+}
+
+class ROracle : public sessiontest::SessionTest {
 protected:
-  // Replays the stream into a fresh session; the tables of the output, by template name.
-  void Run(const OmStreamWriter& out) {
-    tree = std::make_unique<OmOutputTree>();
-    factory = std::make_unique<OmFactory>(tree.get(), std::string(), "UTF-8", requests);
-    factory->Register(&keep);
-    for (const OmStreamRecord& record : out.Records()) {
-      factory->Message(record.code, unsigned(record.payload.size()), record.payload.data());
+  // Ends the writer's procedure and feeds it to a fresh session; the table of the output with
+  // that template name.
+  const OmPivotTable& Run(Writer& w, const std::string& name, const SvrBootstrapSpecs* specs = nullptr) {
+    Reopen();
+    Feed();  // the byte order probe
+    sessiontest::Deliver(*factory, w.End(specs));
+    EXPECT_EQ(factory->RecoveredErrorCount(), 0u) << factory->LastRecoveredError()->what();
+    for (OmPivotTable* table : sessiontest::PartsOf<OmPivotTable>(*tree)) {
+      if (table->TemplateName().Text() == name) return *table;
     }
-    ASSERT_EQ(factory->RecoveredErrorCount(), 0u) << factory->LastRecoveredError()->what();
-  }
-  const OmPivotTable& Table(const std::string& name) const {
-    for (OmOutputPart* part : *tree) {
-      auto* table = dynamic_cast<const OmPivotTable*>(part);
-      if (table && table->TemplateName().Text() == name) return *table;
-    }
-    std::string parts;
-    for (OmOutputPart* part : *tree) {
-      if (part) parts += std::string(" ") + part->KindName() + ":" + part->LabelText();
-    }
-    throw std::runtime_error("no table " + name + " among" + parts);
+    throw std::runtime_error("no table " + name + " in the output");
   }
   // The address of the categories labelled as given (dimension label -> category label); other
   // dimensions at their first category. Empty when a label is not found.
-  static OmPivotTable::Coordinates Address(const OmPivotTable& table,
-                                           const std::map<std::string, std::string>& labels) {
+  static OmPivotTable::Coordinates Address(const OmPivotTable& table, const Where& labels) {
     OmPivotTable::Coordinates at(std::size_t(table.NDimensions()), 0);
     for (int d = 0; d < table.NDimensions(); ++d) {
       const auto wanted = labels.find(table.Dimension(d).Label()->Text());
       if (wanted == labels.end()) continue;
-      at[std::size_t(d)] = -1;
-      for (OmDimension::ConstNode leaf : table.Dimension(d).Leaves()) {
-        if (leaf->Label()->Text() == wanted->second) at[std::size_t(d)] = leaf->LeafIndex();
-      }
+      at[std::size_t(d)] = CategoryLabelled(table, d, wanted->second);
       if (at[std::size_t(d)] < 0) return {};
     }
     return at;
   }
   // The number there; NaN when absent, which no comparison passes.
-  static std::optional<double> At(const OmPivotTable& table,
-                                  const std::map<std::string, std::string>& labels) {
+  static std::optional<double> At(const OmPivotTable& table, const Where& labels) {
     const OmPivotTable::Coordinates at = Address(table, labels);
     const auto* number = at.empty() ? nullptr : dynamic_cast<const OmNumber*>(table.Cell(at));
-    if (!number) return std::nan("");
-    return number->Value();
+    return number ? number->Value() : std::nan("");
+  }
+  // Adds a case of R's `kind` whose values are ours at the cells `where` names with, in the
+  // dimension `statistics`, each statistic in turn.
+  Case& Add(const std::string& kind, const std::string& name, const std::string& numbers, const OmPivotTable& table,
+            Where where, const std::vector<const char*>& statistics, const std::string& dimension = "Statistics") {
+    Case& c = cases.emplace_back(Case{name, kind + ' ' + name + numbers, {}});
+    for (const char* statistic : statistics) {
+      if (statistic) where[dimension] = statistic;
+      c.ours.push_back(statistic ? At(table, where) : std::nullopt);
+    }
+    return c;
   }
 
   // A t test table of m imputations with estimates q and variances u, each imputation's df
   // cell stating dfcom (none when dfcom is infinite); se null: the table shows no standard error.
   void TTest(const std::string& name, const char* table, const char* estimate, const char* se,
              double dfcom, const std::vector<double>& q, const std::vector<double>& u) {
-    OmStreamWriter out;
-    out.ByteOrderProbe();
-    out.OutputSetting("MIOUTPUT", "observed imputed pooled diagnostics");
-    out.BeginProcedure(1, "procedure=T-Test\ntranslated=T-Test\n");
-    Writer w(out);
-    w.Table(table, "Imputation_", {"Variables"});
+    Writer w("T-Test", table, "Imputation_", {"Variables"}, true);
     for (std::size_t i = 0; i <= q.size(); ++i) {
       w.SplitCategory(int(i));
       w.Category("Variables", w.Variable("score"));
@@ -188,35 +194,15 @@ protected:
       w.Cell("Sig(2-tailed)...", 0.5);
       w.Interval("^1\\% Confidence Interval of the Difference", "Lower", "Upper");
     }
-    out.EndTable(kTcid);
-    out.EndProcedure();
-    Run(out);
-    const OmPivotTable& pooled = Table(table);
-    auto value = [&](const char* statistic) {
-      return At(pooled, {{"Imputation Number", "Pooled"}, {"Statistics", statistic}});
-    };
-    std::vector<double> rValues = q;
-    rValues.insert(rValues.end(), u.begin(), u.end());
-    std::ostringstream line;
-    line << "mi " << name << ' ' << (std::isfinite(dfcom) ? std::to_string(dfcom) : "Inf") << ' '
-         << q.size() << Join(rValues);
-    cases.push_back({name, line.str(),
-                     {value(estimate), se ? value(se) : std::nullopt, value("t"), value("df"), value("Sig(2-tailed)..."),
-                      value("Lower"), value("Upper"), value("Relative Increase Variance"),
-                      value("Fraction Missing Info."), value("Relative Efficiency")}});
+    const OmPivotTable& pooled = Run(w, table);
+    Add("mi", name, Mi(dfcom, q, u), pooled, {{"Imputation Number", "Pooled"}},
+        MiStatistics(estimate, se, "t", "df", "Sig(2-tailed)...", "Lower", "Upper"));
     // The interval's label reads as a reader expects it, the pattern's escape gone.
-    const std::vector<std::string> labels = boottest::Labels(pooled.Dimension(2));
-    EXPECT_NE(std::find(labels.begin(), labels.end(), "95% Confidence Interval of the Difference"),
-              labels.end()) << name;
+    EXPECT_THAT(pooltest::Labels(pooled.Dimension(2)), Contains("95% Confidence Interval of the Difference")) << name;
   }
 
   std::vector<Case> cases;
-  std::map<std::string, double> dfTolerance;  // cases whose values are shown rounded
-  std::unique_ptr<OmOutputTree> tree;
-  std::vector<OMSObjectSelector> requests;
-  KeepAll keep;
-  std::unique_ptr<OmFactory> factory;
-  mitest::ScopedMiOutput diagnostics{true, true, true, true};
+  ScopedMiOutput diagnostics{true, true, true, true};
 };
 
 // Deterministic draws that are the same on every platform: the engine's sequence is fixed by
@@ -260,12 +246,7 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
     // its B / Std. Error pooling; no df column, so the classical df.
     const std::vector<std::vector<double>> b = {{2.10, 2.35, 1.95, 2.40}, {0.52, 0.47, 0.58, 0.44}};
     const std::vector<std::vector<double>> se = {{0.31, 0.29, 0.33, 0.30}, {0.060, 0.055, 0.064, 0.058}};
-    OmStreamWriter out;
-    out.ByteOrderProbe();
-    out.OutputSetting("MIOUTPUT", "observed imputed pooled diagnostics");
-    out.BeginProcedure(2, "procedure=Regression\ntranslated=Regression\n");
-    Writer w(out);
-    w.Table("Coefficients", "Imputation_", {"Variables"});
+    Writer w("Regression", "Coefficients", "Imputation_", {"Variables"}, true);
     for (int i = 0; i <= 4; ++i) {
       w.SplitCategory(i);
       for (int term = 0; term < 2; ++term) {
@@ -281,23 +262,11 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
         }
       }
     }
-    out.EndTable(kTcid);
-    out.EndProcedure();
-    Run(out);
-    const OmPivotTable& pooled = Table("Coefficients");
+    const OmPivotTable& pooled = Run(w, "Coefficients");
     for (int term = 0; term < 2; ++term) {
-      const std::string label = term == 0 ? "(Constant)" : "age";
-      auto value = [&](const char* statistic) {
-        return At(pooled, {{"Imputation Number", "Pooled"}, {"Variables", label}, {"Statistics", statistic}});
-      };
-      std::vector<double> u;
-      for (double s : se[term]) u.push_back(s * s);
-      std::vector<double> rValues = b[term];
-      rValues.insert(rValues.end(), u.begin(), u.end());
-      cases.push_back({"coefficients_" + std::to_string(term), "mi coefficients_" + std::to_string(term) + " Inf 4" + Join(rValues),
-                       {value("B"), value("Std. Error"), value("t"), std::nullopt, value("Significance"),
-                        value("Lower Bound"), value("Upper Bound"), value("Relative Increase Variance"),
-                        value("Fraction Missing Info."), value("Relative Efficiency")}});
+      Add("mi", "coefficients_" + std::to_string(term), Mi(INFINITY, b[term], Squares(se[term])), pooled,
+          {{"Imputation Number", "Pooled"}, {"Variables", term == 0 ? "(Constant)" : "age"}},
+          MiStatistics("B", "Std. Error", "t", nullptr, "Significance", "Lower Bound", "Upper Bound"));
     }
   }
 
@@ -306,12 +275,7 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
     // model: the other terms pool as without it.
     const std::vector<std::vector<double>> b = {{4.10, 4.35, 3.95}, {-0.82, -0.71, -0.90}};
     const std::vector<std::vector<double>> se = {{0.41, 0.39, 0.44}, {0.160, 0.150, 0.171}};
-    OmStreamWriter out;
-    out.ByteOrderProbe();
-    out.OutputSetting("MIOUTPUT", "observed imputed pooled diagnostics");
-    out.BeginProcedure(5, "procedure=GLM\ntranslated=GLM\n");
-    Writer w(out);
-    w.Table("Parameter Estimates", "Imputation_", {"Parameter"});
+    Writer w("GLM", "Parameter Estimates", "Imputation_", {"Parameter"}, true);
     const char* terms[] = {"Intercept", "[group=1]", "[group=2]"};
     for (int i = 0; i <= 3; ++i) {
       w.SplitCategory(i);
@@ -319,7 +283,7 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
         w.Category("Parameter", w.Text(terms[term]));
         if (term == 2) {
           w.Cell("B", 0.0);
-          out.Annotate(5, w.Text("Redundant parameter ..."));
+          w.Annotate("Redundant parameter ...");
           continue;
         }
         const double estimate = i == 0 ? 1.0 : b[term][i - 1], error = i == 0 ? 0.5 : se[term][i - 1];
@@ -330,30 +294,19 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
         w.Interval("^1% Confidence Interval", "Lower Bound", "Upper Bound");
       }
     }
-    out.EndTable(kTcid);
-    out.EndProcedure();
-    Run(out);
-    const OmPivotTable& pooled = Table("Parameter Estimates");
+    const OmPivotTable& pooled = Run(w, "Parameter Estimates");
     for (int term = 0; term < 2; ++term) {
-      auto value = [&](const char* statistic) {
-        return At(pooled, {{"Imputation Number", "Pooled"}, {"Parameter", terms[term]}, {"Statistics", statistic}});
-      };
-      std::vector<double> rValues = b[term];
-      for (double s : se[term]) rValues.push_back(s * s);
-      const std::string name = "redundant_model_" + std::to_string(term);
-      cases.push_back({name, "mi " + name + " Inf 3" + Join(rValues),
-                       {value("B"), value("Std. Error"), value("t"), std::nullopt, value("Significance"),
-                        value("Lower Bound"), value("Upper Bound"), value("Relative Increase Variance"),
-                        value("Fraction Missing Info."), value("Relative Efficiency")}});
+      Add("mi", "redundant_model_" + std::to_string(term), Mi(INFINITY, b[term], Squares(se[term])), pooled,
+          {{"Imputation Number", "Pooled"}, {"Parameter", terms[term]}},
+          MiStatistics("B", "Std. Error", "t", nullptr, "Significance", "Lower Bound", "Upper Bound"));
     }
-    auto redundant = [&](const char* statistic) {
-      return At(pooled, {{"Imputation Number", "Pooled"}, {"Parameter", "[group=2]"}, {"Statistics", statistic}});
+    auto redundant = [](const char* statistic) -> Where {
+      return {{"Imputation Number", "Pooled"}, {"Parameter", "[group=2]"}, {"Statistics", statistic}};
     };
-    EXPECT_EQ(*redundant("B"), OmNumber::kSysMiss);
-    EXPECT_EQ(mitest::NotesAt(pooled, Address(pooled, {{"Imputation Number", "Pooled"}, {"Parameter", "[group=2]"}, {"Statistics", "B"}})),
-              std::vector<std::string>{"Redundant parameter ..."});
-    EXPECT_TRUE(std::isnan(*redundant("Std. Error")));
-    EXPECT_TRUE(std::isnan(*redundant("Significance")));
+    EXPECT_EQ(*At(pooled, redundant("B")), OmNumber::kSysMiss);
+    EXPECT_EQ(NotesAt(pooled, Address(pooled, redundant("B"))), std::vector<std::string>{"Redundant parameter ..."});
+    EXPECT_TRUE(std::isnan(*At(pooled, redundant("Std. Error"))));
+    EXPECT_TRUE(std::isnan(*At(pooled, redundant("Significance"))));
   }
 
   for (const bool nominal : {false, true}) {
@@ -362,15 +315,9 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
     const std::vector<double> b = {0.62, 0.48, 0.71, 0.55}, se = {0.21, 0.20, 0.23, 0.22};
     const char* estimate = nominal ? "B Estimate" : "B";
     const char* error = nominal ? "Standard Error" : "S.E.";
-    const char* interval = nominal ? "^1% Confidence Interval for Exp(B)" : "^1 C.I.for EXP(B)";
     const char* table = nominal ? "Parameter Estimates" : "Variables in the Equation";
-    OmStreamWriter out;
-    out.ByteOrderProbe();
-    out.BeginProcedure(6, nominal ? "procedure=Nominal Regression\ntranslated=Nominal Regression\n"
-                                  : "procedure=Logistic Regression\ntranslated=Logistic Regression\n");
-    Writer w(out);
     const char* key = nominal ? "Parameter" : "Variable";
-    w.Table(table, "Imputation_", {key});
+    Writer w(nominal ? "Nominal Regression" : "Logistic Regression", table, "Imputation_", {key});
     for (int i = 0; i <= 4; ++i) {
       w.SplitCategory(i);
       w.Category(key, w.Variable("smoker"));
@@ -385,53 +332,34 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
         w.Cell("Sig.", 0.01);
       }
       w.Cell("Exp(B)", std::exp(value));
-      w.Interval(interval, "Lower", "Upper");
+      w.Interval(nominal ? "^1% Confidence Interval for Exp(B)" : "^1 C.I.for EXP(B)", "Lower", "Upper");
     }
-    out.EndTable(kTcid);
-    out.EndProcedure();
-    Run(out);
-    const OmPivotTable& pooled = Table(table);
-    auto address = [&](const char* statistic) {
-      return Address(pooled, {{"Imputation Number", "Pooled"}, {key, "smoker"}, {"Statistics", statistic}});
-    };
-    auto value = [&](const char* statistic) {
-      return At(pooled, {{"Imputation Number", "Pooled"}, {key, "smoker"}, {"Statistics", statistic}});
-    };
-    std::vector<double> rValues = b;
-    for (double s : se) rValues.push_back(s * s);
+    const OmPivotTable& pooled = Run(w, table);
     const std::string name = nominal ? "nominal_wald" : "logistic_exp_b";
-    std::optional<double> df;
-    if (nominal) {
-      // "own df, pooled df": the imputations' df and the pooled test's, two decimals.
-      const OmCellText* cell = pooled.Cell(address("degrees of freedom"));
-      ASSERT_NE(cell, nullptr);
-      const std::string text = cell->Text();
-      ASSERT_EQ(text.rfind("1, ", 0), 0u) << text;
-      df = std::strtod(text.c_str() + 3, nullptr);
-      EXPECT_EQ(mitest::NotesAt(pooled, address("Wald")),
-                std::vector<std::string>{"Significance computed using F distribution, not Chi-square."});
-    }
-    cases.push_back({name, "mi " + name + " Inf 4" + Join(rValues),
-                     {value(estimate), value(error), std::nullopt, std::nullopt,
-                      value(nominal ? "significance" : "Sig."), std::nullopt, std::nullopt,
-                      std::nullopt, std::nullopt, std::nullopt, value("Exp(B)"), value("Lower"),
-                      value("Upper"), nominal ? value("Wald") : std::nullopt}});
-    if (df) {
-      // The cell shows two decimals of R's df.
-      cases.push_back({name + "_df", "mi " + name + "_df Inf 4" + Join(rValues), {std::nullopt, std::nullopt, std::nullopt, df}});
-      dfTolerance[name + "_df"] = 0.005;
-    }
+    const Where where = {{"Imputation Number", "Pooled"}, {key, "smoker"}};
+    Add("mi", name, Mi(INFINITY, b, Squares(se)), pooled, where,
+        {estimate, error, nullptr, nullptr, nominal ? "significance" : "Sig.", nullptr, nullptr, nullptr, nullptr,
+         nullptr, "Exp(B)", "Lower", "Upper", nominal ? "Wald" : nullptr});
+    if (!nominal) continue;
+    // "own df, pooled df": the imputations' df and the pooled test's, two decimals of R's df.
+    Where at = where;
+    at["Statistics"] = "degrees of freedom";
+    const OmCellText* cell = pooled.Cell(Address(pooled, at));
+    ASSERT_NE(cell, nullptr);
+    const std::string text = cell->Text();
+    ASSERT_EQ(text.rfind("1, ", 0), 0u) << text;
+    cases.push_back({name + "_df", "mi " + name + "_df" + Mi(INFINITY, b, Squares(se)),
+                     {std::nullopt, std::nullopt, std::nullopt, std::strtod(text.c_str() + 3, nullptr)}, false, 0.005});
+    at["Statistics"] = "Wald";
+    EXPECT_EQ(NotesAt(pooled, Address(pooled, at)),
+              std::vector<std::string>{"Significance computed using F distribution, not Chi-square."});
   }
 
   for (const char* tails : {"1", "2"}) {
     // Correlations pooled on Fisher's z with variance 1/(N - 3).
     const std::vector<double> r = {0.41, 0.37, 0.45}, n = {120, 118, 121};
     const std::string significance = std::string("Significance(") + tails + "-tailed)";
-    OmStreamWriter out;
-    out.ByteOrderProbe();
-    out.BeginProcedure(3, "procedure=Correlations\ntranslated=Correlations\n");
-    Writer w(out);
-    w.Table("Correlations", "Imputation_", {"Variables", "With"});
+    Writer w("Correlations", "Correlations", "Imputation_", {"Variables", "With"});
     for (int i = 0; i <= 3; ++i) {
       w.SplitCategory(i);
       for (const char* row : {"y", "x"}) {
@@ -445,19 +373,12 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
         }
       }
     }
-    out.EndTable(kTcid);
-    out.EndProcedure();
-    Run(out);
-    const OmPivotTable& pooled = Table("Correlations");
-    auto value = [&](const std::string& statistic) {
-      return At(pooled, {{"Imputation Number", "Pooled"}, {"Variables", "y"}, {"With", "x"}, {"Statistics", statistic}});
-    };
-    const std::string name = std::string("correlation_") + tails + "_tailed";
-    std::vector<double> rValues = r;
-    rValues.insert(rValues.end(), n.begin(), n.end());
-    cases.push_back({name, "corr " + name + " 3" + Join(rValues),
-                     {value("Pearson Correlation"), tails[0] == '2' ? value(significance) : std::nullopt,
-                      tails[0] == '1' ? value(significance) : std::nullopt}});
+    const OmPivotTable& pooled = Run(w, "Correlations");
+    // R prints the pooled r, then the two-tailed and the one-tailed p.
+    Add("corr", std::string("correlation_") + tails + "_tailed", " 3" + Join(r) + Join(n), pooled,
+        {{"Imputation Number", "Pooled"}, {"Variables", "y"}, {"With", "x"}},
+        {"Pearson Correlation", tails[0] == '2' ? significance.c_str() : nullptr,
+         tails[0] == '1' ? significance.c_str() : nullptr});
   }
 
   // Bootstrapped means of skewed data: percentile intervals at B = 999 and 500, BCa from 40
@@ -468,11 +389,7 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
     Draws data(unsigned(c.samples + c.jackknife));
     std::vector<double> x(40);
     for (double& v : x) v = c.allEqual ? 2.5 : data.Exponential();
-    auto mean = [](const std::vector<double>& v) {
-      double sum = 0.0;
-      for (double e : v) sum += e;
-      return sum / double(v.size());
-    };
+    auto mean = [](const std::vector<double>& v) { return std::accumulate(v.begin(), v.end(), 0.0) / v.size(); };
     const double t0 = mean(x);
     std::vector<double> t, jack;
     for (int k = 0; k < c.samples; ++k) {
@@ -485,33 +402,22 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
       rest.erase(rest.begin() + j);
       jack.push_back(mean(rest));
     }
-    OmStreamWriter out;
-    out.ByteOrderProbe();
-    out.BeginProcedure(4, "procedure=Descriptives\ntranslated=Descriptives\nbootstrapped=1\n");
-    Writer w(out);
-    w.Table("Descriptive Statistics", boottest::kSplitVariable, {"Variables"});
+    Writer w("Descriptives", "Descriptive Statistics", kSplitVariable, {"Variables"});
     for (int k = 0; k <= c.samples + c.jackknife; ++k) {
       w.SplitCategory(k);
       w.Category("Variables", w.Text("income"));
       w.Cell("N", 40, kWhole);
       w.Cell("Mean", k == 0 ? t0 : k <= c.samples ? t[std::size_t(k - 1)] : jack[std::size_t(k - 1 - c.samples)]);
     }
-    out.EndTable(kTcid);
-    SvrBootstrapSpecs specs = boottest::Specs(unsigned(c.samples));
+    SvrBootstrapSpecs specs = Specs(unsigned(c.samples));
     if (c.jackknife > 0) {
       specs.SetJackknifeList(std::vector<SvrBootstrapSpecs::JackknifeEntry>(std::size_t(c.jackknife), {1.0, 0}));
       specs.SetJackknifeBoundaries({std::uint32_t(c.jackknife)});
     }
-    out.EndProcedure(specs);
-    Run(out);
-    const OmPivotTable& pooled = Table("Descriptive Statistics");
-    auto value = [&](const char* result) {
-      return At(pooled, {{"Statistics", "Mean"}, {"Stat Type", result}});
-    };
-    cases.push_back({c.name, "boot " + std::string(c.name) + Join({t0, double(c.samples)}) + Join(t) +
-                                 Join({double(c.jackknife)}) + Join(jack),
-                     {value("Bias"), value("Std. Error"), value("Lower"), value("Upper")},
-                     c.jackknife == 0});
+    Add("boot", c.name, Join({t0, double(c.samples)}) + Join(t) + Join({double(c.jackknife)}) + Join(jack),
+        Run(w, "Descriptive Statistics", &specs), {{"Statistics", "Mean"}},
+        {"Bias", "Std. Error", "Lower", "Upper"}, "Stat Type")
+        .exactBounds = c.jackknife == 0;
   }
 
   // One R run for every case.
@@ -548,13 +454,10 @@ TEST_F(ROracle, PooledAndBootstrapResultsEqualRs) {
     for (std::size_t i = 0; i < c.ours.size(); ++i) {
       if (!c.ours[i]) continue;
       SCOPED_TRACE("value " + std::to_string(i));
-      const double ours = *c.ours[i];
       if (c.exactBounds && i >= 2) {
-        EXPECT_DOUBLE_EQ(ours, expected[i]);
+        EXPECT_DOUBLE_EQ(*c.ours[i], expected[i]);
       } else {
-        const auto rounded = dfTolerance.find(c.name);
-        const double tolerance = rounded != dfTolerance.end() ? rounded->second : 1e-9;
-        EXPECT_NEAR(ours, expected[i], rounded != dfTolerance.end() ? tolerance : tolerance * std::max(1.0, std::fabs(expected[i])));
+        EXPECT_NEAR(*c.ours[i], expected[i], c.rounding > 0 ? c.rounding : 1e-9 * std::max(1.0, std::fabs(expected[i])));
       }
     }
   }

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-
 #include "platform/errors/OMSException.h"
 
 TEST(SliceIndexWalk, AnEmptyOtherDimensionLeavesNothingToVisit) {
