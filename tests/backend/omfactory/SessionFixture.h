@@ -1,6 +1,6 @@
 // Shared set-up of the factory session tests: a session on a fresh output tree, a stream writer in
-// the byte order under test whose records are fed to the session, an observer that records what
-// it is told, and helpers that open procedures and tables and read what they built.
+// the byte order under test whose records are fed to the session, an observer that keeps the
+// output, and helpers that open procedures and tables and read what they built.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -24,36 +24,10 @@ namespace sessiontest {
 
 using ByteOrder = OmStreamWriter::ByteOrder;
 
-// Remembers every notification in order as short texts ("output", "wants", "log:text"...).
-class RecordingObserver : public OmFactory::Observer {
+// Takes every procedure's output into the tree.
+class KeepOutput : public OmFactory::Observer {
 public:
-  explicit RecordingObserver(bool wants = true) : _wants(wants) {}
-
-  void ProcedureOutput(OmOutputTree& procTree) override {
-    events.push_back("output");
-    offeredSizes.push_back(procTree.Size());
-  }
-  bool WantsOutput() override {
-    events.push_back("wants");
-    return _wants;
-  }
-  void LogLine(const std::string& line) override { events.push_back("log:" + line); }
-  void FlushLog() override { events.push_back("flush"); }
-  void Refresh() override { events.push_back("refresh"); }
-  void PageTitle(const std::string& title, const std::string& subtitle) override {
-    events.push_back("title:" + title + "|" + subtitle);
-  }
-  void OutputAppended(OmOutputTree& outputTree) override {
-    events.push_back("appended");
-    appendedTree = &outputTree;
-  }
-
-  std::vector<std::string> events;
-  std::vector<std::size_t> offeredSizes;
-  OmOutputTree* appendedTree = nullptr;
-
-private:
-  bool _wants;
+  bool WantsOutput() override { return true; }
 };
 
 inline std::string Settings(const std::string& procedure = "Descriptives",
@@ -161,7 +135,7 @@ protected:
 
   std::vector<OMSObjectSelector> requests;
   std::unique_ptr<OmOutputTree> tree;
-  RecordingObserver observer;
+  KeepOutput observer;
   std::unique_ptr<OmFactory> factory;
   OmStreamWriter writer;
 
