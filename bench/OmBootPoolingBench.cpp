@@ -2,11 +2,13 @@
 // variables x 7 statistics x bootstrap split 0 .. B, pooled by OmBootPooler as the end of the
 // procedure does (replicate nodes pruned, the table visited). Percentile intervals without a
 // jackknife list, BCa intervals with one. The cost per (statistics cell x replicate) should not
-// depend on the number of cells or of replicates; BM_BootPoolingTargets measures both ratios.
+// depend on the number of cells or of replicates; BM_BootPoolingTargets measures both spreads.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
+#include <fstream>
 #include <limits>
 #include <memory>
 #include <string>
@@ -129,24 +131,75 @@ void BM_BootstrapPooling(benchmark::State& state) {
   state.counters["ns/cell/rep"] = best * 1e9 / double(cells * replicates);
 }
 
-double BestOf(int rounds, int variables, int replicates) {
+double BestOf(int rounds, int variables, int replicates, bool bca = true) {
   double best = std::numeric_limits<double>::max();
   for (int r = 0; r < rounds; ++r) {
-    best = std::min(best, TimePooling(variables, replicates, true, nullptr));
+    best = std::min(best, TimePooling(variables, replicates, bca, nullptr));
   }
   return best / (double(variables) * kNStatistics * replicates);
 }
 
-// Cost per statistics cell and replicate (BCa): 10x the cells, and 10x the replicates.
+// Cost per statistics cell and replicate: percentile and BCa at 10^4 cells x 1,000 replicates,
+// and the BCa cost at 10^5 and 10^3 cells (200 replicates) and at 5,000 and 200 replicates (10^3
+// cells), as ratios that should not exceed 1.5. Fewer replicates cost more per replicate: the 100
+// jackknife cells and the per-statistic work are shared by fewer of them.
 void BM_BootPoolingTargets(benchmark::State& state) {
   for (auto _ : state) {
-    const double base = BestOf(5, 143, 100);
-    const double manyCells = BestOf(3, 1'429, 100);
-    const double manyReplicates = BestOf(3, 143, 1'000);
-    state.counters["cells10x<=1.5"] = manyCells / base;
-    state.counters["reps10x<=1.5"] = manyReplicates / base;
-    state.SetIterationTime(base * 143 * kNStatistics * 100);
+    const double percentile = BestOf(2, 1'429, 1'000, false);
+    const double bca = BestOf(2, 1'429, 1'000);
+    const double cells3 = BestOf(5, 143, 200);
+    const double cells5 = BestOf(2, 14'286, 200);
+    const double reps5000 = BestOf(2, 143, 5'000);
+    state.counters["perc_ns<=60"] = percentile * 1e9;
+    state.counters["bca_ns<=60"] = bca * 1e9;
+    state.counters["cells1e5/1e3<=1.5"] = cells5 / cells3;
+    state.counters["reps5000/200<=1.5"] = reps5000 / cells3;
+    state.counters["ns_1e3x200"] = cells3 * 1e9;
+    state.counters["ns_1e5x200"] = cells5 * 1e9;
+    state.counters["ns_1e3x5000"] = reps5000 * 1e9;
+    state.SetIterationTime(bca * 1'429 * kNStatistics * 1'000);
   }
+}
+
+// The numbers of a percentile pooling of 1,001 statistics x 1,000 replicates, written for
+// bench/r_reference.sh when OMF_BENCH_EXPORT names a folder: boot.txt, one statistic a line
+// (its estimate, then its replicates), and factory_boot.txt, the factory's best time per
+// statistic pooling them, so that R's time on the same numbers can be set beside it.
+void BM_BootPoolingForR(benchmark::State& state) {
+  constexpr int kVariables = 143;
+  constexpr int kReplicates = 1'000;
+  constexpr double kStatisticsCells = double(kVariables) * kNStatistics;
+  double best = std::numeric_limits<double>::max();
+  for (auto _ : state) {
+    bool pooled = false;
+    const double seconds = TimePooling(kVariables, kReplicates, false, &pooled);
+    if (!pooled) {
+      state.SkipWithError("the table was not pooled");
+      return;
+    }
+    state.SetIterationTime(seconds);
+    best = std::min(best, seconds);
+  }
+  state.counters["ns/statistic"] = best * 1e9 / kStatisticsCells;
+  const char* folder = std::getenv("OMF_BENCH_EXPORT");
+  if (folder == nullptr) return;
+  std::unique_ptr<BootOutput> out = Bootstrapped(kVariables, kReplicates, false);
+  std::ofstream numbers(std::string(folder) + "/boot.txt");
+  numbers.precision(17);
+  for (int v = 0; v < kVariables; ++v) {
+    for (int st = 0; st < kNStatistics; ++st) {
+      for (int r = 0; r <= kReplicates; ++r) {
+        const auto* number = dynamic_cast<const OmNumber*>(out->table->Cell({v, st, r}));
+        numbers << (r == 0 ? "" : " ") << (number ? number->Value() : 0.0);
+      }
+      numbers << '\n';
+    }
+  }
+  std::ofstream factory(std::string(folder) + "/factory_boot.txt");
+  factory.precision(17);
+  factory << "statistics " << kStatisticsCells << "\nreplicates " << kReplicates
+          << "\nns_per_statistic " << best * 1e9 / kStatisticsCells << '\n';
+  if (!numbers || !factory) state.SkipWithError("the numbers could not be written");
 }
 
 BENCHMARK(BM_BootstrapPooling)
@@ -157,5 +210,6 @@ BENCHMARK(BM_BootstrapPooling)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_BootPoolingTargets)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_BootPoolingForR)->Iterations(5)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace

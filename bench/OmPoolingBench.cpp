@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
+#include <fstream>
 #include <limits>
 #include <memory>
 #include <string>
@@ -168,6 +170,44 @@ void BM_PoolingTargets(benchmark::State& state) {
   }
 }
 
+// The numbers of a pooling of 1,000 groups' means x 5 imputations, written for
+// bench/r_reference.sh when OMF_BENCH_EXPORT names a folder: mi.txt, one group a line (the
+// imputations' means Q, then their variances U, the squared standard errors), and
+// factory_mi.txt, the factory's best time per group pooling the whole report.
+void BM_ImputationPoolingForR(benchmark::State& state) {
+  AllOutput output;
+  constexpr int kGroups = 1'000;
+  constexpr int kImputations = 5;
+  double best = std::numeric_limits<double>::max();
+  for (auto _ : state) {
+    const double seconds = TimePooling(kGroups, kImputations, nullptr);
+    state.SetIterationTime(seconds);
+    best = std::min(best, seconds);
+  }
+  state.counters["ns/group"] = best * 1e9 / kGroups;
+  const char* folder = std::getenv("OMF_BENCH_EXPORT");
+  if (folder == nullptr) return;
+  const std::unique_ptr<OmPivotTable> table = MeansReport(kGroups, kImputations);
+  const auto value = [&](int group, int statistic, int imputation) {
+    const auto* number = dynamic_cast<const OmNumber*>(table->Cell({group, statistic, imputation}));
+    return number ? number->Value() : 0.0;
+  };
+  std::ofstream numbers(std::string(folder) + "/mi.txt");
+  numbers.precision(17);
+  for (int g = 0; g < kGroups; ++g) {
+    for (int k = 1; k <= kImputations; ++k) numbers << value(g, 0, k) << ' ';
+    for (int k = 1; k <= kImputations; ++k) {
+      const double se = value(g, 1, k);
+      numbers << se * se << (k == kImputations ? '\n' : ' ');
+    }
+  }
+  std::ofstream factory(std::string(folder) + "/factory_mi.txt");
+  factory.precision(17);
+  factory << "groups " << kGroups << "\nimputations " << kImputations << "\nns_per_group "
+          << best * 1e9 / kGroups << '\n';
+  if (!numbers || !factory) state.SkipWithError("the numbers could not be written");
+}
+
 // Arguments: terms, imputations.
 void BM_CoefficientsPooling(benchmark::State& state) {
   AllOutput output;
@@ -204,5 +244,6 @@ BENCHMARK(BM_ImputationPooling)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_PoolingTargets)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ImputationPoolingForR)->Iterations(20)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <map>
+#include <utility>
+#include <vector>
 
 #include "platform/bootstats/MCBSCommon.h"
+#include "platform/bootstats/MCBSOrderStatistics.h"
 #include "platform/bootstats/MCBSPercentileCI.h"
 
 namespace {
@@ -27,7 +29,10 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 struct MCBSBCaCI::Data {
   double _estimate = 0.0;
   std::vector<double> _groupWeights;
-  std::vector<double> _sorted;
+  MCBSOrderStatistics _replicates;
+  // Replicates below and equal to the estimate, counted as they are set.
+  std::size_t _below = 0;
+  std::size_t _equal = 0;
   bool _replicateNaN = false;
   std::vector<JackknifeEntry> _jackknife;
   bool _jackknifeNaN = false;
@@ -39,15 +44,13 @@ struct MCBSBCaCI::Data {
 };
 
 double MCBSBCaCI::Data::BiasCorrection() const {
-  if (_sorted.empty() || _replicateNaN || !std::isfinite(_estimate) ||
+  if (_replicates.Size() == 0 || _replicateNaN || !std::isfinite(_estimate) ||
       _estimate == MCBSCommon::SystemMissing) {
     return kNaN;
   }
-  const auto firstEqual = std::lower_bound(_sorted.begin(), _sorted.end(), _estimate);
-  const auto firstAbove = std::upper_bound(firstEqual, _sorted.end(), _estimate);
-  const double below = static_cast<double>(firstEqual - _sorted.begin());
-  const double equal = static_cast<double>(firstAbove - firstEqual);
-  const double share = (below + 0.5 * equal) / static_cast<double>(_sorted.size());
+  const double below = static_cast<double>(_below);
+  const double equal = static_cast<double>(_equal);
+  const double share = (below + 0.5 * equal) / static_cast<double>(_replicates.Size());
   return MCBSCommon::NormalQuantile(share);
 }
 
@@ -55,9 +58,19 @@ double MCBSBCaCI::Data::Acceleration() const {
   if (_jackknifeNaN) return kNaN;
   if (_jackknife.empty()) return 0.0;
 
-  std::map<std::uint32_t, GroupSums> groups;
+  // The groups in ascending order of number, found by binary search: a statistic has one
+  // group or a few strata, and a map's node per group cost more than the sums themselves.
+  std::vector<std::pair<std::uint32_t, GroupSums>> groups;
+  const auto find = [&groups](std::uint32_t group) {
+    return std::lower_bound(groups.begin(), groups.end(), group,
+                            [](const auto& g, std::uint32_t number) { return g.first < number; });
+  };
   for (const JackknifeEntry& entry : _jackknife) {
-    GroupSums& sums = groups[entry._group];
+    auto at = find(entry._group);
+    if (at == groups.end() || at->first != entry._group) {
+      at = groups.insert(at, {entry._group, GroupSums{}});
+    }
+    GroupSums& sums = at->second;
     sums._weight += entry._weight;
     sums._weightedValue += entry._weight * entry._value;
   }
@@ -73,7 +86,7 @@ double MCBSBCaCI::Data::Acceleration() const {
   double second = 0.0;
   double third = 0.0;
   for (const JackknifeEntry& entry : _jackknife) {
-    const GroupSums& sums = groups.at(entry._group);
+    const GroupSums& sums = find(entry._group)->second;
     const double mean = sums._weightedValue / sums._weight;
     const double deviation = sums._scale * (mean - entry._value);
     second += entry._weight * deviation * deviation;
@@ -103,7 +116,9 @@ void MCBSBCaCI::SetSumWeights(const std::vector<double>& groupWeights) {
 
 void MCBSBCaCI::SetBootstrapStats(const std::vector<double>& values) {
   Data& my = *_my;
-  my._sorted.clear();
+  my._replicates.Clear();
+  my._replicates.Reserve(values.size());
+  my._below = my._equal = 0;
   my._replicateNaN = false;
   for (double value : values) {
     if (value == MCBSCommon::SystemMissing) continue;
@@ -111,9 +126,10 @@ void MCBSBCaCI::SetBootstrapStats(const std::vector<double>& values) {
       my._replicateNaN = true;
       continue;
     }
-    my._sorted.push_back(value);
+    my._replicates.Add(value);
+    my._below += value < my._estimate;
+    my._equal += value == my._estimate;
   }
-  std::sort(my._sorted.begin(), my._sorted.end());
 }
 
 void MCBSBCaCI::AddJackknifeStat(double value, double weight, std::uint32_t group) {
@@ -146,9 +162,11 @@ std::pair<double, double> MCBSBCaCI::GetCI(double level) const {
   const double missing = MCBSCommon::SystemMissing;
   const auto [low, high] = GetAdjustedLevels(level);
   const auto bound = [&](double alpha) {
-    return alpha == missing ? missing : MCBSPercentileCI::Quantile(_my->_sorted, alpha);
+    return alpha == missing ? missing : MCBSPercentileCI::Quantile(_my->_replicates, alpha);
   };
-  return {bound(low), bound(high)};
+  // The lower bound first: the upper one's selection then works above it.
+  const double lower = bound(low);
+  return {lower, bound(high)};
 }
 
 double MCBSBCaCI::GetBiasCorrection() const {

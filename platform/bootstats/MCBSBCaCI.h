@@ -56,6 +56,8 @@ public:
   // (lower, upper) at the confidence level, a fraction (0.95); system-missing bounds as above,
   // and both when the estimate is system-missing, there are no replicates or the level is
   // outside (0, 1).
+  // Selecting the bounds reorders the kept replicates: one thread at a time, even for this
+  // const call.
   std::pair<double, double> GetCI(double level) const;
 
   // The levels alpha' whose replicate quantiles are the bounds; system-missing where GetCI's

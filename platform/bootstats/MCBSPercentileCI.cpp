@@ -7,7 +7,7 @@
 #include "platform/bootstats/MCBSCommon.h"
 
 struct MCBSPercentileCI::Data {
-  std::vector<double> _sorted;
+  MCBSOrderStatistics _values;
   bool _hasNaN = false;
 };
 
@@ -27,7 +27,8 @@ MCBSPercentileCI::~MCBSPercentileCI() = default;
 
 void MCBSPercentileCI::SetBootstrapStats(const std::vector<double>& values) {
   Data& my = *_my;
-  my._sorted.clear();
+  my._values.Clear();
+  my._values.Reserve(values.size());
   my._hasNaN = false;
   for (double value : values) {
     if (value == MCBSCommon::SystemMissing) continue;
@@ -36,22 +37,23 @@ void MCBSPercentileCI::SetBootstrapStats(const std::vector<double>& values) {
       my._hasNaN = true;
       continue;
     }
-    my._sorted.push_back(value);
+    my._values.Add(value);
   }
-  std::sort(my._sorted.begin(), my._sorted.end());
 }
 
 std::pair<double, double> MCBSPercentileCI::GetCI(double level) const {
   const double missing = MCBSCommon::SystemMissing;
   if (_my->_hasNaN || !(level > 0.0 && level < 1.0)) return {missing, missing};
-  return {Quantile(_my->_sorted, (1.0 - level) / 2.0), Quantile(_my->_sorted, (1.0 + level) / 2.0)};
+  // The lower bound first: the upper one's selection then works above it.
+  const double lower = Quantile(_my->_values, (1.0 - level) / 2.0);
+  return {lower, Quantile(_my->_values, (1.0 + level) / 2.0)};
 }
 
-std::size_t MCBSPercentileCI::GetCount() const { return _my->_sorted.size(); }
+std::size_t MCBSPercentileCI::GetCount() const { return _my->_values.Size(); }
 
-double MCBSPercentileCI::Quantile(const std::vector<double>& sorted, double alpha) {
+double MCBSPercentileCI::Quantile(MCBSOrderStatistics& values, double alpha) {
   const double missing = MCBSCommon::SystemMissing;
-  const std::size_t count = sorted.size();
+  const std::size_t count = values.Size();
   if (count == 0 || !(alpha > 0.0 && alpha < 1.0)) return missing;
 
   const double places = static_cast<double>(count) + 1.0;
@@ -59,14 +61,14 @@ double MCBSPercentileCI::Quantile(const std::vector<double>& sorted, double alph
   const double nearest = std::round(rank);
   if (std::fabs(rank - nearest) <= 64.0 * std::numeric_limits<double>::epsilon() * rank) {
     if (nearest < 1.0 || nearest > static_cast<double>(count)) return missing;
-    return MCBSCommon::ResultOrMissing(sorted[static_cast<std::size_t>(nearest) - 1]);
+    return MCBSCommon::ResultOrMissing(values.At(static_cast<std::size_t>(nearest) - 1));
   }
 
   const double below = std::floor(rank);
   if (below < 1.0 || below >= static_cast<double>(count)) return missing;
   const auto k = static_cast<std::size_t>(below);
-  const double low = sorted[k - 1];
-  const double high = sorted[k];
+  const double low = values.At(k - 1);
+  const double high = values.At(k);
   if (low == high) return MCBSCommon::ResultOrMissing(low);
   const double zLow = MCBSCommon::NormalQuantile(below / places);
   const double zHigh = MCBSCommon::NormalQuantile((below + 1.0) / places);

@@ -21,6 +21,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/bootstats/MCBSOrderStatistics.h"
+
 class MCBSPercentileCI {
 public:
   MCBSPercentileCI();
@@ -36,16 +38,16 @@ public:
 
   // (lower, upper) at the quantiles (1 - level) / 2 and (1 + level) / 2 of the replicates, level
   // being a fraction (0.95). A bound that cannot be given is system-missing: no replicates, a
-  // level outside (0, 1), or a rank outside 1 ... B.
+  // level outside (0, 1), or a rank outside 1 ... B. Selecting the bounds reorders the kept
+  // replicates: one thread at a time, even for this const call.
   std::pair<double, double> GetCI(double level) const;
 
   // Number of replicates kept.
   std::size_t GetCount() const;
 
-  // The alpha quantile of ascending values by the rule above; system-missing when the rank
-  // falls outside 1 ... B, alpha is outside (0, 1) or the result is not a finite number.
-  // Precondition: sorted is in ascending order and holds no NaN.
-  static double Quantile(const std::vector<double>& sorted, double alpha);
+  // The alpha quantile of values by the rule above; system-missing when the rank falls outside
+  // 1 ... B, alpha is outside (0, 1) or the result is not a finite number.
+  static double Quantile(MCBSOrderStatistics& values, double alpha);
 
 private:
   struct Data;

@@ -27,13 +27,34 @@ MCBSStdErrorBias::MCBSStdErrorBias(MCBSStdErrorBias&& other) noexcept = default;
 MCBSStdErrorBias& MCBSStdErrorBias::operator=(MCBSStdErrorBias&& other) noexcept = default;
 MCBSStdErrorBias::~MCBSStdErrorBias() = default;
 
+namespace {
+// Welford's step; the caller skips the system-missing value.
+inline void Accumulate(std::size_t& count, double& mean, double& sumSquares, double value) {
+  ++count;
+  const double delta = value - mean;
+  mean += delta / static_cast<double>(count);
+  sumSquares += delta * (value - mean);
+}
+}  // namespace
+
 void MCBSStdErrorBias::AddBootstrapStat(double value) {
   if (value == MCBSCommon::SystemMissing) return;
   Data& my = *_my;
-  ++my._count;
-  const double delta = value - my._mean;
-  my._mean += delta / static_cast<double>(my._count);
-  my._sumSquares += delta * (value - my._mean);
+  Accumulate(my._count, my._mean, my._sumSquares, value);
+}
+
+void MCBSStdErrorBias::AddBootstrapStats(const double* values, std::size_t count) {
+  // In locals, so that the loop keeps them in registers.
+  Data& my = *_my;
+  std::size_t n = my._count;
+  double mean = my._mean;
+  double sumSquares = my._sumSquares;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (values[i] != MCBSCommon::SystemMissing) Accumulate(n, mean, sumSquares, values[i]);
+  }
+  my._count = n;
+  my._mean = mean;
+  my._sumSquares = sumSquares;
 }
 
 double MCBSStdErrorBias::GetBias(double estimate) const {

@@ -17,6 +17,8 @@ public:
   // Adds one replicate value. The system-missing value marks an absent replicate and is skipped;
   // a NaN or an infinity is counted and makes both results system-missing.
   void AddBootstrapStat(double value);
+  // The same for each of count values in turn, in one call.
+  void AddBootstrapStats(const double* values, std::size_t count);
 
   // Mean of the replicates minus the estimate; system-missing without replicates or when the
   // estimate is system-missing.

@@ -5,7 +5,6 @@
 #include <new>
 #include <cctype>
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
 
 #ifdef __linux__
@@ -58,6 +57,12 @@ public:
     const std::uint64_t* key = KeyAt(slot);
     for (std::size_t d = 0; d < _fields.size(); ++d) coords[d] = Extract(key, _fields[d]);
     return coords;
+  }
+
+  void DecodeInto(std::size_t slot, std::vector<int>& coords) const {
+    coords.resize(_fields.size());
+    const std::uint64_t* key = KeyAt(slot);
+    for (std::size_t d = 0; d < _fields.size(); ++d) coords[d] = Extract(key, _fields[d]);
   }
 
   void SetDimensions(std::size_t n) {
@@ -133,9 +138,18 @@ public:
   }
 
   // Destroys the cells whose coordinate on d is in leaves.
-  void Drop(std::size_t d, const std::unordered_set<int>& leaves) {
+  void Drop(std::size_t d, const std::vector<int>& leaves) {
     if (d >= _fields.size() || _count == 0) return;
-    Compact(d, leaves);
+    // Marked by coordinate, so that each cell costs a bit test rather than a hash look-up; no
+    // stored coordinate reaches past its field.
+    const std::size_t room = std::size_t(1) << _fields[d].width;
+    std::vector<bool> marked;
+    for (int leaf : leaves) {
+      if (leaf < 0 || std::size_t(leaf) >= room) continue;
+      if (std::size_t(leaf) >= marked.size()) marked.resize(std::size_t(leaf) + 1, false);
+      marked[std::size_t(leaf)] = true;
+    }
+    Compact(d, marked);
   }
 
   // Destroys every cell; the store starts again as an empty sorted log.
@@ -326,23 +340,28 @@ private:
   // dimension), keeping the log's order; the index is rebuilt, and memory given back when the
   // log has shrunk to a quarter. Running out of memory here leaves a consistent store: the new
   // index's slots are allocated first, and the smaller arrays are only attempted.
-  void Compact(std::size_t d, const std::unordered_set<int>& leaves) {
+  void Compact(std::size_t d, const std::vector<bool>& leaves) {
     std::vector<Slot> index;
     index.reserve(_index.size());
     std::size_t kept = 0;
     for (std::size_t at = 0; at < _values.size(); ++at) {
       OmCellText* cell = _values[at];
       if (cell == nullptr) continue;
-      if (d < _fields.size() && leaves.count(Extract(KeyAt(at), _fields[d]))) {
-        delete cell;
-        continue;
+      if (d < _fields.size()) {
+        const std::size_t c = std::size_t(Extract(KeyAt(at), _fields[d]));
+        if (c < leaves.size() && leaves[c]) {
+          delete cell;
+          continue;
+        }
       }
       std::copy(KeyAt(at), KeyAt(at) + _words, &_keys[kept * _words]);
       _values[kept++] = cell;
     }
     _count = kept;
     _values.resize(kept);
-    if (!_index.empty()) Refill(index, _index.size());
+    // The new index is sized for the cells kept (its slots were reserved for all of them, but
+    // filling all would touch memory that the shrink below gives back at once).
+    if (!_index.empty()) Refill(index, std::min(_index.size(), IndexSizeFor(kept + 1)));
     try {
       if (kept * 4 < _values.capacity()) {
         Keys keys = NewKeys(kept * _words);
@@ -351,7 +370,8 @@ private:
         _keys = std::move(keys);
         _keyRoom = kept * _words;
       }
-      if (!_index.empty() && IndexSizeFor(kept + 1) < _index.size()) BuildIndex(IndexSizeFor(kept + 1));
+      // Slots in use: a fresh index of that size gives the reserved room back.
+      if (!_index.empty() && _index.size() < _index.capacity()) BuildIndex(_index.size());
     } catch (const std::bad_alloc&) {  // the larger arrays serve as well
     }
   }
@@ -506,6 +526,11 @@ OmCellText* OmPivotTable::Iterator::Cell() const {
 OmPivotTable::Coordinates OmPivotTable::Iterator::Coord() const {
   if (AtEnd()) throw OMSException("OmPivotTable::Iterator::Coord -- !AtEnd()");
   return _table->_my->cells.Decode(_slot);
+}
+
+void OmPivotTable::Iterator::Coord(Coordinates& into) const {
+  if (AtEnd()) throw OMSException("OmPivotTable::Iterator::Coord -- !AtEnd()");
+  _table->_my->cells.DecodeInto(_slot, into);
 }
 
 bool OmPivotTable::Iterator::AtEnd() const { return _slot >= _table->_my->cells.Capacity(); }
@@ -665,7 +690,7 @@ void OmPivotTable::EndTable() { _my->ended = true; }
 bool OmPivotTable::IsEnded() const { return _my->ended; }
 
 void OmPivotTable::DropCells(int d, const std::vector<int>& leaves) {
-  _my->cells.Drop(std::size_t(d), std::unordered_set<int>(leaves.begin(), leaves.end()));
+  _my->cells.Drop(std::size_t(d), leaves);
 }
 
 int OmPivotTable::Footnote(const OmFootnote& footnote, bool alwaysAdd) {

@@ -30,6 +30,9 @@ public:
     // The cell here; null at the end.
     OmCellText* Cell() const;
     Coordinates Coord() const;
+    // The same into a caller's buffer (resized to the dimension count): a pass over every cell
+    // (bootstrap pooling gathers its samples so) then allocates nothing per cell.
+    void Coord(Coordinates& into) const;
     bool AtEnd() const;
     Iterator& operator++();
     friend bool operator==(const Iterator& a, const Iterator& b) {

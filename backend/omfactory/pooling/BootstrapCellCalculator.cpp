@@ -8,14 +8,15 @@
 
 struct BootstrapCellCalculator::Data {
   Data(const SvrBootstrapSpecs& specs, const OmPivotTable& source,
-       std::unique_ptr<BootstrapResultWriter> writer, int splitDim, std::vector<int> requiredDims)
+       std::unique_ptr<BootstrapResultWriter> writer, int splitDim, std::vector<int> requiredDims,
+       const ReplicateValues* values)
       : _jackknifeList(&specs.GetJackknifeList()),
         _source(&source),
         _writer(std::move(writer)),
         _splitDim(splitDim),
         _collector(source, splitDim, specs.GetNSamples(), unsigned(specs.GetJackknifeList().size()),
                    specs.GetJackknifeBoundaries(),
-                   std::move(requiredDims)),
+                   std::move(requiredDims), values),
         _levelPct(specs.GetCILevelPct()),
         _sampleCount(specs.GetNSamples()) {}
 
@@ -31,9 +32,11 @@ struct BootstrapCellCalculator::Data {
 BootstrapCellCalculator::BootstrapCellCalculator(const SvrBootstrapSpecs& specs,
                                                  const OmPivotTable& source,
                                                  std::unique_ptr<BootstrapResultWriter> writer,
-                                                 int splitDim, std::vector<int> requiredDims) {
+                                                 int splitDim, std::vector<int> requiredDims,
+                                                 const ReplicateValues* values) {
   if (!writer) throw OMSException("BootstrapCellCalculator::BootstrapCellCalculator -- writer != null");
-  _my = std::make_unique<Data>(specs, source, std::move(writer), splitDim, std::move(requiredDims));
+  _my = std::make_unique<Data>(specs, source, std::move(writer), splitDim, std::move(requiredDims),
+                               values);
 }
 
 BootstrapCellCalculator::~BootstrapCellCalculator() = default;

@@ -15,10 +15,11 @@ class BootstrapCellCalculator {
 public:
   // specs and source (the table whose replicate cells are read) are borrowed and must outlive
   // the calculator; it owns the writer (not null). splitDim is the source's bootstrap split
-  // dimension, requiredDims the pattern's required dimensions.
+  // dimension, requiredDims the pattern's required dimensions; values, when not null, the
+  // source's sample values gathered beforehand (see ReplicateCollector).
   BootstrapCellCalculator(const SvrBootstrapSpecs& specs, const OmPivotTable& source,
                           std::unique_ptr<BootstrapResultWriter> writer, int splitDim,
-                          std::vector<int> requiredDims);
+                          std::vector<int> requiredDims, const ReplicateValues* values = nullptr);
   BootstrapCellCalculator(const BootstrapCellCalculator&) = delete;
   BootstrapCellCalculator& operator=(const BootstrapCellCalculator&) = delete;
   ~BootstrapCellCalculator();

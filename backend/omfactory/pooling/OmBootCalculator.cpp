@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <optional>
 
 #include "platform/bootstats/MCBSBCaCI.h"
 #include "platform/bootstats/MCBSCommon.h"
@@ -36,9 +37,11 @@ struct OmBootCalculator::Data {
   bool _replicatesPresent = true;
   bool _stdErrorsPresent = true;
   bool _jackknifePresent = true;
+  // Made at the first question that needs it: the interval, then perhaps its coverage.
+  mutable std::optional<MCBSBCaCI> _bca;
 
   // The BCa interval of the collected values.
-  MCBSBCaCI BCa() const;
+  MCBSBCaCI& BCa() const;
 };
 
 OmBootCalculator::OmBootCalculator(const std::vector<double>& replicates,
@@ -73,7 +76,7 @@ OmBootCalculator::OmBootCalculator(const std::vector<double>& replicates,
 
   if (my._replicatesPresent && !replicates.empty()) {
     MCBSStdErrorBias accumulator;
-    for (double v : replicates) accumulator.AddBootstrapStat(v);
+    accumulator.AddBootstrapStats(replicates.data(), replicates.size());
     my._bias = accumulator.GetBias(estimate);
     my._standardError = accumulator.GetStandardError();
   }
@@ -121,7 +124,8 @@ unsigned OmBootCalculator::SamplesForCoverage(double levelPct) const {
   return needed < 4e9 ? unsigned(needed) : 0;
 }
 
-MCBSBCaCI OmBootCalculator::Data::BCa() const {
+MCBSBCaCI& OmBootCalculator::Data::BCa() const {
+  if (_bca) return *_bca;
   const JackknifeList& entries = *_jackknifeList;
   const std::vector<double>& jackknife = *_jackknifeValues;
   std::uint32_t largestGroup = 0;
@@ -132,7 +136,7 @@ MCBSBCaCI OmBootCalculator::Data::BCa() const {
   for (std::uint32_t i = _jackknifeStart; i < _jackknifeEnd; ++i) {
     groupWeights[entries[i].group] += entries[i].value;
   }
-  MCBSBCaCI bca(_estimate);
+  MCBSBCaCI& bca = _bca.emplace(_estimate);
   bca.SetSumWeights(groupWeights);
   bca.SetBootstrapStats(*_replicates);
   for (std::uint32_t i = _jackknifeStart; i < _jackknifeEnd; ++i) {

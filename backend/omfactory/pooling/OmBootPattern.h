@@ -12,6 +12,7 @@
 class OmCellText;
 class OmOutputPart;
 class OmPivotTable;
+class ReplicateValues;
 class SvrBootstrapSpecs;
 
 class OmBootPattern {
@@ -31,8 +32,14 @@ public:
   virtual bool MatchesTable(const OmPivotTable& table) const;
   // Adds bootstrap results for table, which belongs to list (the procedure's output, which owns
   // its parts); specs may be null (nothing happens then). True only when new tables were made.
-  virtual bool Pool(OmPivotTable& table, ListTree<OmOutputPart*>& list,
-                    const SvrBootstrapSpecs* specs) const = 0;
+  bool Pool(OmPivotTable& table, ListTree<OmOutputPart*>& list,
+            const SvrBootstrapSpecs* specs) const {
+    return PoolWith(table, list, specs, nullptr);
+  }
+  // The same with the table's sample values gathered beforehand (see ReplicateCollector; null:
+  // gathered where needed), as the bootstrap pooler does once for every pattern of a table.
+  virtual bool PoolWith(OmPivotTable& table, ListTree<OmOutputPart*>& list,
+                        const SvrBootstrapSpecs* specs, const ReplicateValues* values) const = 0;
 
   // Settings, given once by the registry.
   void AddRequiredDimension(const std::string& label);

@@ -1,11 +1,15 @@
 #include "backend/omfactory/pooling/OmBootPooler.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <memory>
 #include <unordered_set>
+#include <vector>
 
 #include "backend/omfactory/pooling/BootPoolingPatterns.h"
 #include "backend/omfactory/pooling/OmBootPattern.h"
 #include "backend/omfactory/pooling/OmPoolingTools.h"
+#include "backend/omfactory/pooling/ReplicateValues.h"
 #include "backend/omfactory/pooling/SliceIndex.h"
 #include "platform/outputmodel/OmDimension.h"
 #include "platform/outputmodel/OmNumDataValue.h"
@@ -62,6 +66,33 @@ void RemoveReplicateCategories(OmDimensionNode& node, std::unordered_set<int>& r
       node.RemoveChild(i);  // the next category moves into place i
     }
   }
+}
+
+// The leaves that RemoveReplicateCategories would remove below node, appended to leaves.
+void CollectReplicateLeaves(const OmDimensionNode& node, std::vector<int>& leaves) {
+  for (const auto& child : node.Children()) {
+    if (child->IsGroup() || child->NChildren() > 0) {
+      CollectReplicateLeaves(*child, leaves);
+    } else if (!IsOriginalSample(child->Label())) {
+      child->CollectLeaves(leaves);
+    }
+  }
+}
+
+// The sample values of table's split dimension d, read before any pattern writes results. The
+// sample cells then leave the table at once rather than after pooling: the results widen the
+// table's key fields and are stored out of key order, and with every sample cell still there
+// that rewrites and indexes (B + 1) times the cells that stay. The cells that go are those that
+// KeepOriginalSampleCategories drops afterwards anyway, and only while the original sample keeps
+// coordinate 0, where the collectors read it from the table.
+std::unique_ptr<ReplicateValues> GatherSamples(OmPivotTable& table, int d) {
+  auto values = std::make_unique<ReplicateValues>(table, d);
+  std::vector<int> leaves;
+  CollectReplicateLeaves(table.Dimension(d).Root(), leaves);
+  if (!leaves.empty() && std::find(leaves.begin(), leaves.end(), 0) == leaves.end()) {
+    table.DropCells(d, leaves);
+  }
+  return values;
 }
 
 void StripDimension(OmPivotTable& table, OmDimensionNode& node) {
@@ -171,8 +202,12 @@ void OmBootPooler::StripSplitFootnotes(OmPivotTable& table, OmCellText* cell) {
 void OmBootPooler::Visit(OmPivotTable& table) {
   Data& my = *_my;
   if (my._specs == nullptr) return;
+  std::unique_ptr<ReplicateValues> samples;
   for (const OmBootPattern* pattern : my._patterns) {
-    if (pattern->MatchesTable(table)) pattern->Pool(table, *my._list, my._specs);
+    if (!pattern->MatchesTable(table)) continue;
+    // Matching, the table has a split dimension; every pattern reads the one gathering.
+    if (!samples) samples = GatherSamples(table, OmPoolingTools::FindBootstrapDim(table));
+    pattern->PoolWith(table, *my._list, my._specs, samples.get());
   }
   const int d = OmPoolingTools::FindBootstrapDim(table);
   if (d < 0) return;

@@ -24,8 +24,9 @@ bool OmBootPoolingPattern1::MatchesTable(const OmPivotTable& table) const {
   return excluded.empty() || FindDimension(table, excluded) < 0;
 }
 
-bool OmBootPoolingPattern1::Pool(OmPivotTable& table, ListTree<OmOutputPart*>& list,
-                                 const SvrBootstrapSpecs* specs) const {
+bool OmBootPoolingPattern1::PoolWith(OmPivotTable& table, ListTree<OmOutputPart*>& list,
+                                     const SvrBootstrapSpecs* specs,
+                                     const ReplicateValues* values) const {
   (void)list;
   if (specs == nullptr) return false;
   const PoolingData data(*this, table, *specs);
@@ -42,7 +43,7 @@ bool OmBootPoolingPattern1::Pool(OmPivotTable& table, ListTree<OmOutputPart*>& l
         specs->GetNSamples(), !secondLabel.empty(), data.JackknifeCount() != 0,
         _significanceOnly);
     BootstrapCellCalculator calculator(*specs, table, std::move(writer), splitDim,
-                                       data.RequiredDims());
+                                       data.RequiredDims(), values);
 
     const OmDimensionNode* statistics = &table.Dimension(statDim).Root();
     const int e = OmPoolingTools::FindMatchingCategory(OmStringCell(estimateLabel, true), statistics);

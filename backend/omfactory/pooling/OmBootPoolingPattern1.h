@@ -23,8 +23,8 @@ public:
   // Also: the excluded dimension, when named, is absent.
   bool MatchesTable(const OmPivotTable& table) const override;
   // Adds one result group per estimate and fills it for every position of the table. False.
-  bool Pool(OmPivotTable& table, ListTree<OmOutputPart*>& list,
-            const SvrBootstrapSpecs* specs) const override;
+  bool PoolWith(OmPivotTable& table, ListTree<OmOutputPart*>& list, const SvrBootstrapSpecs* specs,
+                const ReplicateValues* values) const override;
 
   void SetStatisticsDimension(const std::string& label);
   void SetExcludedDimension(const std::string& label);

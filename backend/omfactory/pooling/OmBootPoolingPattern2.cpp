@@ -51,8 +51,9 @@ bool OmBootPoolingPattern2::MatchesTable(const OmPivotTable& table) const {
          FindDimension(table, _statisticsDimension.KeyText()) >= 0;
 }
 
-bool OmBootPoolingPattern2::Pool(OmPivotTable& table, ListTree<OmOutputPart*>& list,
-                                 const SvrBootstrapSpecs* specs) const {
+bool OmBootPoolingPattern2::PoolWith(OmPivotTable& table, ListTree<OmOutputPart*>& list,
+                                     const SvrBootstrapSpecs* specs,
+                                     const ReplicateValues* values) const {
   (void)list;
   if (specs == nullptr) return false;
   const PoolingData data(*this, table, *specs);
@@ -62,7 +63,7 @@ bool OmBootPoolingPattern2::Pool(OmPivotTable& table, ListTree<OmOutputPart*>& l
       specs->GetCILevelPct(), table, data.BootstrapDim(), _groupLabel, data.SampleText(),
       specs->GetNSamples(), false, data.JackknifeCount() != 0, false);
   BootstrapCellCalculator calculator(*specs, table, std::move(writer), data.SplitDim(),
-                                     data.RequiredDims());
+                                     data.RequiredDims(), values);
   if (data.SplitDim() < 0 || data.StatisticsDim() < 0 || _statistics.empty()) return false;
 
   const OmDimension& statistics = table.Dimension(data.StatisticsDim());

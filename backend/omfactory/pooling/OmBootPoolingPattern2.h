@@ -16,8 +16,8 @@ public:
   bool MatchesTable(const OmPivotTable& table) const override;
   // Adds the "Bootstrap" group to the bootstrap dimension (adding that dimension when absent)
   // and fills it for every named statistic. False.
-  bool Pool(OmPivotTable& table, ListTree<OmOutputPart*>& list,
-            const SvrBootstrapSpecs* specs) const override;
+  bool PoolWith(OmPivotTable& table, ListTree<OmOutputPart*>& list, const SvrBootstrapSpecs* specs,
+                const ReplicateValues* values) const override;
 
   void SetStatisticsDimension(const std::string& label);
   void SetBootstrapDimension(const std::string& label);

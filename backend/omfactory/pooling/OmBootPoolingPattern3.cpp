@@ -114,8 +114,9 @@ bool OmBootPoolingPattern3::MatchesTable(const OmPivotTable& table) const {
          FindDimension(table, _statisticsDimension.KeyText()) >= 0;
 }
 
-bool OmBootPoolingPattern3::Pool(OmPivotTable& table, ListTree<OmOutputPart*>& list,
-                                 const SvrBootstrapSpecs* specs) const {
+bool OmBootPoolingPattern3::PoolWith(OmPivotTable& table, ListTree<OmOutputPart*>& list,
+                                     const SvrBootstrapSpecs* specs,
+                                     const ReplicateValues* values) const {
   if (specs == nullptr) return false;
   const PoolingData data(*this, table, list, *specs);
   if (!data.Valid() || data.SplitDim() < 0 || data.StatisticsDim() < 0 || _statistics.empty()) {
@@ -150,7 +151,8 @@ bool OmBootPoolingPattern3::Pool(OmPivotTable& table, ListTree<OmOutputPart*>& l
     auto writer = std::make_unique<BootstrapResultWriter>(
         data.ConfidenceLevel(), target, resultDim, _groupLabel, data.SampleText(),
         specs->GetNSamples(), s >= 0, data.JackknifeCount() != 0, false);
-    BootstrapCellCalculator calculator(*specs, table, std::move(writer), splitDim, data.RequiredDims());
+    BootstrapCellCalculator calculator(*specs, table, std::move(writer), splitDim,
+                                       data.RequiredDims(), values);
     ReplicateCollector& collector = calculator.Collector();
 
     const SliceIndex walk(table, {statDim, splitDim});

@@ -27,8 +27,8 @@ public:
   bool MatchesTable(const OmPivotTable& table) const override;
   // Makes one bootstrap table per estimate and places them after table in list, in the order of
   // the estimates. True when at least one was made.
-  bool Pool(OmPivotTable& table, ListTree<OmOutputPart*>& list,
-            const SvrBootstrapSpecs* specs) const override;
+  bool PoolWith(OmPivotTable& table, ListTree<OmOutputPart*>& list, const SvrBootstrapSpecs* specs,
+                const ReplicateValues* values) const override;
 
   void SetStatisticsDimension(const std::string& label);
   void AddStatistic(const std::string& estimate, const std::string& second = std::string());

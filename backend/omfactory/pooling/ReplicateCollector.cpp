@@ -1,5 +1,6 @@
 #include "backend/omfactory/pooling/ReplicateCollector.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/errors/OMSException.h"
@@ -17,8 +18,10 @@ ReplicateCollector::ReplicateCollector(const OmPivotTable& table, int splitDim,
                                        unsigned sampleCount,
                                        unsigned jackknifeCount,
                                        std::vector<std::uint32_t> jackknifeBoundaries,
-                                       std::vector<int> requiredDims)
+                                       std::vector<int> requiredDims,
+                                       const ReplicateValues* values)
     : _table(&table),
+      _values(values != nullptr && values->SplitDim() == splitDim ? values : nullptr),
       _splitDim(splitDim),
       _sampleCount(sampleCount),
       _jackknifeCount(jackknifeCount),
@@ -39,11 +42,26 @@ ReplicateCollector::ReplicateCollector(const OmPivotTable& table, int splitDim,
   }
 }
 
-void ReplicateCollector::Gather(OmPivotTable::Coordinates& address, int k,
+const ReplicateValues& ReplicateCollector::Values() {
+  if (_values == nullptr) {
+    _ownValues = std::make_unique<ReplicateValues>(*_table, _splitDim);
+    _values = _ownValues.get();
+  }
+  return *_values;
+}
+
+void ReplicateCollector::Gather(const ReplicateValues::Row& row, const std::vector<bool>& mask,
                                 std::vector<double>& into) const {
-  address[std::size_t(_splitDim)] = k;
-  const OmNumber* number = NumberAt(*_table, address);
-  if (number && !number->IsSysMiss()) into.push_back(number->Value());
+  if (row.held == nullptr) return;
+  // Samples at or beyond the row's width had no cell.
+  const std::size_t last = std::min<std::size_t>(_sampleCount, _values->Width() - 1);
+  into.reserve(last);
+  for (std::size_t k = 1; k <= last; ++k) {
+    if (!mask.empty() && !mask[k]) continue;
+    if (row.held[k] == ReplicateValues::Held::kNumber && row.values[k] != OmNumber::kSysMiss) {
+      into.push_back(row.values[k]);
+    }
+  }
 }
 
 bool ReplicateCollector::Collect(const OmPivotTable::Coordinates& estimate,
@@ -61,60 +79,56 @@ bool ReplicateCollector::Collect(const OmPivotTable::Coordinates& estimate,
     throw OMSException("ReplicateCollector::Collect -- stdError.size() == estimate.size()",
                        double(stdError.size()), double(estimate.size()));
   }
+  const ReplicateValues& values = Values();
   const std::vector<bool>& mask = ReplicateMask(estimate);
   _estimate = original->Value();
   if (!stdError.empty()) {
     if (const OmNumber* se = NumberAt(*_table, stdError)) _estimateStdError = se->Value();
   }
 
-  const int samples = int(_sampleCount);
-  _scratch = estimate;
-  for (int k = 1; k <= samples; ++k) {
-    if (!mask.empty() && !mask[std::size_t(k)]) continue;
-    Gather(_scratch, k, _replicates);
-  }
-
-  CollectJackknife();
+  const ReplicateValues::Row row = values.Find(estimate);
+  Gather(row, mask, _replicates);
+  CollectJackknife(row);
 
   if (!stdError.empty()) {
-    _scratch = stdError;
-    for (int k = 1; k <= samples; ++k) {
-      if (!mask.empty() && !mask[std::size_t(k)]) continue;
-      Gather(_scratch, k, _replicateStdErrors);
-    }
+    Gather(values.Find(stdError), mask, _replicateStdErrors);
     if (_replicateStdErrors.size() != _replicates.size()) _replicateStdErrors.clear();
   }
   return true;
 }
 
-void ReplicateCollector::CollectJackknife() {
+void ReplicateCollector::CollectJackknife(const ReplicateValues::Row& row) {
   if (_jackknifeCount == 0) return;
   // Jackknife sample j lies at split category B + 1 + j, after the bootstrap samples. The
   // boundaries end ranges of the jackknife list (statistics computed on different cases have
   // their own jackknife samples); without boundaries the whole list is one range.
   const std::uint32_t first = std::uint32_t(_sampleCount) + 1;
   const std::uint64_t categories = std::uint64_t(_table->Size(_splitDim));
+  const std::uint64_t width = _values->Width();
   const std::vector<std::uint32_t> whole{std::uint32_t(_jackknifeCount)};
   const std::vector<std::uint32_t>& boundaries =
       _jackknifeBoundaries.empty() ? whole : _jackknifeBoundaries;
+  // Sample k's cell as gathered; nothing beyond the gathered width.
+  const auto held = [&](std::uint64_t k) {
+    return row.held != nullptr && k < width ? row.held[k] : ReplicateValues::Held::kNothing;
+  };
   // A statistic's range is the first whose first sample holds a cell for it.
   std::uint32_t start = 0;
   for (std::uint32_t end : boundaries) {
     // Boundaries that go backwards or point past the jackknife samples describe no samples of
     // this table: the interval cannot be trusted.
     if (end <= start || end > _jackknifeCount || first + std::uint64_t(end) > categories) return;
-    _scratch[std::size_t(_splitDim)] = int(first + start);
-    if (_table->Cell(_scratch) != nullptr) {
+    if (held(first + std::uint64_t(start)) != ReplicateValues::Held::kNothing) {
+      _jackknifeValues.reserve(end - start);
       for (std::uint32_t j = start; j < end; ++j) {
-        _scratch[std::size_t(_splitDim)] = int(first + j);
-        const OmNumber* number = NumberAt(*_table, _scratch);
+        const std::uint64_t k = first + std::uint64_t(j);
         // Every value of the range is needed: the acceleration from part of a jackknife is
         // not the statistic's.
-        if (!number || number->IsSysMiss()) {
+        if (held(k) != ReplicateValues::Held::kNumber || row.values[k] == OmNumber::kSysMiss) {
           _jackknifeValues.clear();
           return;
         }
-        _jackknifeValues.push_back(number->Value());
+        _jackknifeValues.push_back(row.values[k]);
       }
       _jackknifeStart = start;
       _jackknifeEnd = end;
@@ -153,6 +167,7 @@ const std::vector<bool>& ReplicateCollector::ReplicateMask(const OmPivotTable::C
     return _mask;
   }
   if (SameBlock(estimate)) return _mask;
+  Values();
   _mask.assign(std::size_t(_sampleCount) + 1, true);
   OmPivotTable::Coordinates address = estimate;
   for (unsigned k = 1; k <= _sampleCount; ++k) _mask[k] = Matches(address, 0, int(k));
@@ -165,12 +180,12 @@ bool ReplicateCollector::Matches(OmPivotTable::Coordinates& address, std::size_t
   if (r == _requiredDims.size()) {
     address[std::size_t(_splitDim)] = 0;
     const OmCellText* original = _table->Cell(address);
-    address[std::size_t(_splitDim)] = k;
-    const OmCellText* replicate = _table->Cell(address);
-    if ((original == nullptr) != (replicate == nullptr)) return false;
+    double value = 0.0;
+    const ReplicateValues::Held replicate = _values->At(address, k, &value);
+    if ((original == nullptr) != (replicate == ReplicateValues::Held::kNothing)) return false;
     const auto* a = dynamic_cast<const OmNumber*>(original);
-    const auto* b = dynamic_cast<const OmNumber*>(replicate);
-    return !(a && b) || a->IsSysMiss() == b->IsSysMiss();
+    const bool b = replicate == ReplicateValues::Held::kNumber;
+    return !(a && b) || a->IsSysMiss() == (value == OmNumber::kSysMiss);
   }
   // Walked from the last required dimension to the first.
   const std::size_t d = std::size_t(_requiredDims[_requiredDims.size() - 1 - r]);

@@ -5,8 +5,10 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
+#include "backend/omfactory/pooling/ReplicateValues.h"
 #include "platform/outputmodel/OmPivotTable.h"
 
 class ReplicateCollector {
@@ -17,9 +19,13 @@ public:
   // samples, jackknifeCount J the length of the jackknife list (samples B + 1 ... B + J);
   // jackknifeBoundaries end the ranges of that list (positions 0 ... J; empty: one range of all
   // J). requiredDims are the pattern's required dimensions, which decide the replicate mask.
+  // The samples' values are read from values (borrowed; gathered from table for splitDim before
+  // the sample cells left it), or, when that is null or for another dimension, from a gathering
+  // of the collector's own at the first collection. The original sample's cells are read from
+  // the table.
   ReplicateCollector(const OmPivotTable& table, int splitDim, unsigned sampleCount,
                      unsigned jackknifeCount, std::vector<std::uint32_t> jackknifeBoundaries,
-                     std::vector<int> requiredDims);
+                     std::vector<int> requiredDims, const ReplicateValues* values = nullptr);
 
   // Gathers the values for the statistic at estimate (its bootstrap split coordinate is
   // replaced) and, when stdError is not empty, its standard errors at stdError. False, with
@@ -55,16 +61,21 @@ public:
   const std::vector<bool>& ReplicateMask(const OmPivotTable::Coordinates& estimate);
 
 private:
+  // The samples' values, gathered now if need be.
+  const ReplicateValues& Values();
   // True when replicate k's cells match the original sample's over the required dimensions,
   // from required dimension r on (the earlier ones set in address).
   bool Matches(OmPivotTable::Coordinates& address, std::size_t r, int k) const;
-  // Appends the value at address with split coordinate k when it is a present number.
-  void Gather(OmPivotTable::Coordinates& address, int k, std::vector<double>& into) const;
+  // Appends the present numbers of samples 1 ... B of row that the mask allows.
+  void Gather(const ReplicateValues::Row& row, const std::vector<bool>& mask,
+              std::vector<double>& into) const;
   bool SameBlock(const OmPivotTable::Coordinates& estimate) const;
-  // Finds the range and gathers its values, with _scratch at the estimate's address.
-  void CollectJackknife();
+  // Finds the range of the statistic whose samples are row and gathers its values.
+  void CollectJackknife(const ReplicateValues::Row& row);
 
   const OmPivotTable* _table;
+  const ReplicateValues* _values;
+  std::unique_ptr<ReplicateValues> _ownValues;
   int _splitDim;
   unsigned _sampleCount;
   unsigned _jackknifeCount;
@@ -81,5 +92,4 @@ private:
   std::uint32_t _jackknifeStart = 0;
   std::uint32_t _jackknifeEnd = 0;
   bool _jackknifeComplete = true;
-  OmPivotTable::Coordinates _scratch;  // the address being read, reused across cells
 };

@@ -12,6 +12,7 @@
 #include "backend/omfactory/pooling/BootstrapResultWriter.h"
 #include "backend/omfactory/pooling/OmBootCalculator.h"
 #include "backend/omfactory/pooling/ReplicateCollector.h"
+#include "backend/omfactory/pooling/ReplicateValues.h"
 
 namespace {
 
@@ -123,6 +124,48 @@ TEST(ReplicateCollectorTest, AReplicateThatLacksARequiredCellIsLeftOutForTheWhol
   ReplicateCollector fresh(*b, split, 3, 0, {}, {params});
   ASSERT_TRUE(fresh.Collect({0, 0, 0}, {}));
   EXPECT_TRUE(fresh.Replicates().empty());
+}
+
+TEST(ReplicateValuesTest, EverySampleReadsAsTheTableHoldsIt) {
+  // The split dimension first, so that storage order interleaves the statistics' samples; gaps,
+  // a text, a system-missing number and a sample beyond the split dimension's categories.
+  TableBuilder b("Descriptive Statistics");
+  const int split = SplitDim(b, 4);
+  b.Dim("Statistics", {"Mean", "Median"});
+  b.Dim("Var", {"a", "b", "c"});
+  for (int k = 0; k <= 4; ++k) {
+    for (int s = 0; s < 2; ++s) {
+      for (int v = 0; v < 3; ++v) {
+        if ((k + s + v) % 4 != 0) b.Number({k, s, v}, k * 10.0 + s + v * 0.5);
+      }
+    }
+  }
+  b->Cell({2, 1, 1}, OmStringCell("n/a"));
+  b.Number({3, 0, 2}, kSysMiss);
+  b.Number({6, 0, 0}, 6.5);
+  const ReplicateValues values(*b, split);
+  // A dimension added after gathering holds every earlier cell at coordinate 0.
+  b->AddDimension(OmStringCell("Added"));
+  for (int k = 0; k <= 7; ++k) {
+    for (int s = 0; s < 2; ++s) {
+      for (int v = 0; v < 3; ++v) {
+        for (int added = 0; added < 2; ++added) {
+          SCOPED_TRACE(testing::Message() << k << " " << s << " " << v << " " << added);
+          // The original sample (split 0) stays in the table and is not gathered.
+          const OmCellText* cell = k > 0 ? b->Cell({k, s, v, added}) : nullptr;
+          const auto* number = dynamic_cast<const OmNumber*>(cell);
+          double value = 0.0;
+          const ReplicateValues::Held held = values.At({k, s, v, added}, k, &value);
+          EXPECT_EQ(held, !cell     ? ReplicateValues::Held::kNothing
+                          : number ? ReplicateValues::Held::kNumber
+                                   : ReplicateValues::Held::kText);
+          if (number) {
+            EXPECT_EQ(value, number->Value());
+          }
+        }
+      }
+    }
+  }
 }
 
 TEST(ReplicateCollectorTest, JackknifeValuesComeFromTheSamplesAfterTheBootstrapSamples) {

@@ -1,0 +1,151 @@
+#include "backend/omfactory/pooling/ReplicateValues.h"
+
+#include <algorithm>
+#include <typeinfo>
+
+#include "platform/errors/OMSException.h"
+#include "platform/outputmodel/OmNumber.h"
+
+ReplicateValues::ReplicateValues(const OmPivotTable& table, int splitDim) : _splitDim(splitDim) {
+  const int n = table.NDimensions();
+  if (splitDim < 0 || splitDim >= n) {
+    throw OMSException("ReplicateValues::ReplicateValues -- split dimension < NDimensions()",
+                       splitDim, n);
+  }
+  _dimensions = std::size_t(n);
+  int highest = 0;
+  // A cell beyond its dimension's categories is rare enough for a second pass to be the cheap
+  // way to keep it.
+  if (!Gather(table, std::size_t(std::max(table.Size(splitDim), 1)), &highest)) {
+    Gather(table, std::size_t(highest) + 1, &highest);
+  }
+}
+
+bool ReplicateValues::Gather(const OmPivotTable& table, std::size_t width, int* highest) {
+  _width = width;
+  _rows = 0;
+  _keys.clear();
+  _values.clear();
+  _held.clear();
+  _hashes.clear();
+  // A full table has one row per (its cells / width); a sparser one grows the arrays.
+  const std::size_t expected = table.NCells() / width + 1;
+  _keys.reserve(expected * (_dimensions - 1));
+  _values.reserve(expected * width);
+  _held.reserve(expected * width);
+  _hashes.reserve(expected);
+  Reindex(16);
+  *highest = 0;
+  bool fits = true;
+  const std::size_t split = std::size_t(_splitDim);
+  OmPivotTable::Coordinates coords;
+  std::uint32_t row = kNone;
+  for (OmPivotTable::Iterator it = table.FirstCell(); !it.AtEnd(); ++it) {
+    it.Coord(coords);
+    const int k = coords[split];
+    if (k <= 0) continue;
+    if (std::size_t(k) >= width) {
+      fits = false;
+      *highest = std::max(*highest, k);
+      continue;
+    }
+    // Cells come in storage order, which is mostly coordinate order: a statistic's samples
+    // follow one another when the split dimension is the fastest.
+    if (row == kNone || !SameKey(row, coords.data())) {
+      const std::uint64_t hash = HashOf(coords.data());
+      row = Lookup(coords.data(), hash);
+      if (row == kNone) row = AddRow(coords.data(), hash);
+    }
+    const std::size_t at = std::size_t(row) * width + std::size_t(k);
+    const OmCellText* cell = it.Cell();
+    // Nearly every sample cell is a plain number: the type check then spares the cast's search.
+    const auto* number = typeid(*cell) == typeid(OmNumber) ? static_cast<const OmNumber*>(cell)
+                                                           : dynamic_cast<const OmNumber*>(cell);
+    if (number != nullptr) {
+      _held[at] = Held::kNumber;
+      _values[at] = number->Value();
+    } else {
+      _held[at] = Held::kText;
+    }
+  }
+  return fits;
+}
+
+std::uint64_t ReplicateValues::HashOf(const int* coords) const {
+  std::uint64_t h = 0x9e3779b97f4a7c15ULL;
+  for (std::size_t d = 0; d < _dimensions; ++d) {
+    if (d == std::size_t(_splitDim)) continue;
+    h = (h ^ std::uint32_t(coords[d])) * 0xbf58476d1ce4e5b9ULL;
+    h ^= h >> 29;
+  }
+  return h;
+}
+
+bool ReplicateValues::SameKey(std::uint32_t row, const int* coords) const {
+  const int* key = _keys.data() + std::size_t(row) * (_dimensions - 1);
+  for (std::size_t d = 0; d < _dimensions; ++d) {
+    if (d == std::size_t(_splitDim)) continue;
+    if (*key++ != coords[d]) return false;
+  }
+  return true;
+}
+
+std::uint32_t ReplicateValues::Lookup(const int* coords, std::uint64_t hash) const {
+  const std::size_t mask = _index.size() - 1;
+  for (std::size_t slot = std::size_t(hash) & mask;; slot = (slot + 1) & mask) {
+    const std::uint32_t row = _index[slot];
+    if (row == kNone || (_hashes[row] == hash && SameKey(row, coords))) return row;
+  }
+}
+
+std::uint32_t ReplicateValues::AddRow(const int* coords, std::uint64_t hash) {
+  if (_rows == kNone - 1) {
+    throw OMSException("ReplicateValues::AddRow -- too many statistics", double(_rows));
+  }
+  const std::uint32_t row = _rows++;
+  for (std::size_t d = 0; d < _dimensions; ++d) {
+    if (d != std::size_t(_splitDim)) _keys.push_back(coords[d]);
+  }
+  _hashes.push_back(hash);
+  _values.resize(_values.size() + _width, 0.0);
+  _held.resize(_held.size() + _width, Held::kNothing);
+  // At most half full, so that probes stay short.
+  if (std::size_t(_rows) * 2 > _index.size()) {
+    Reindex(_index.size() * 2);
+  } else {
+    std::size_t slot = std::size_t(hash) & (_index.size() - 1);
+    while (_index[slot] != kNone) slot = (slot + 1) & (_index.size() - 1);
+    _index[slot] = row;
+  }
+  return row;
+}
+
+void ReplicateValues::Reindex(std::size_t slots) {
+  _index.assign(slots, kNone);
+  const std::size_t mask = slots - 1;
+  for (std::uint32_t row = 0; row < _rows; ++row) {
+    std::size_t slot = std::size_t(_hashes[row]) & mask;
+    while (_index[slot] != kNone) slot = (slot + 1) & mask;
+    _index[slot] = row;
+  }
+}
+
+ReplicateValues::Row ReplicateValues::Find(const OmPivotTable::Coordinates& address) const {
+  if (address.size() < _dimensions || _rows == 0) return {};
+  for (std::size_t d = _dimensions; d < address.size(); ++d) {
+    if (address[d] != 0) return {};
+  }
+  const std::uint32_t row = Lookup(address.data(), HashOf(address.data()));
+  if (row == kNone) return {};
+  const std::size_t at = std::size_t(row) * _width;
+  return Row{&_values[at], &_held[at]};
+}
+
+ReplicateValues::Held ReplicateValues::At(const OmPivotTable::Coordinates& address, int k,
+                                          double* value) const {
+  if (k <= 0 || std::size_t(k) >= _width) return Held::kNothing;
+  const Row row = Find(address);
+  if (row.held == nullptr) return Held::kNothing;
+  *value = row.values[k];
+  return row.held[k];
+}
