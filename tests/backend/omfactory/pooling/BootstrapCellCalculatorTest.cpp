@@ -130,7 +130,7 @@ TEST(ReplicateValuesTest, EverySampleReadsAsTheTableHoldsIt) {
   // The split dimension first, so that storage order interleaves the statistics' samples; gaps,
   // a text, a system-missing number and a sample beyond the split dimension's categories.
   TableBuilder b("Descriptive Statistics");
-  const int split = SplitDim(b, 4);
+  const int split = b.SplitDim(4);
   b.Dim("Statistics", {"Mean", "Median"});
   b.Dim("Var", {"a", "b", "c"});
   for (int k = 0; k <= 4; ++k) {
