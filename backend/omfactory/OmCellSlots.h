@@ -59,6 +59,18 @@ public:
     if (index < _values.size() && _values[index].kind != Value::kNone) return Make(_values[index]);
     return std::move(_slots[index]);
   }
+  // When slot id holds a waiting number: empties the slot and gives true with the number's value,
+  // format and tracker; otherwise false and nothing changes.
+  bool TakeNumber(int id, double& value, std::uint32_t& format, icuTracker*& tracker) {
+    const std::size_t index = std::size_t(id);
+    if (id < 0 || index >= _values.size() || _values[index].kind != Value::kNumber) return false;
+    Value& waiting = _values[index];
+    waiting.kind = Value::kNone;
+    value = waiting.number;
+    format = waiting.format;
+    tracker = waiting.tracker;
+    return true;
+  }
   // When slot id holds a waiting text: empties the slot, swapping its text into `into` (both keep
   // their buffers, so a caller that reuses `into` allocates nothing), and gives true with the
   // text's translatable flag; otherwise false and nothing changes.

@@ -117,15 +117,20 @@ void OmFactory::Data::OnTableMessage(OmPayload& message) {
       const int categoryId = message.CellId(8, "category cell id");
       OmPivotFactory* builder = BuilderOrDiscard(tcid, true, valueId, categoryId);
       if (builder == nullptr) break;
-      std::unique_ptr<OmCellText> value = _cells.Take(valueId);
+      // A plain number (nearly every cell's value) goes to the table as a number: no cell object.
+      double number = 0;
+      std::uint32_t format = 0;
+      icuTracker* numberTracker = nullptr;
+      const bool plain = _cells.TakeNumber(valueId, number, format, numberTracker);
+      std::unique_ptr<OmCellText> value = plain ? nullptr : _cells.Take(valueId);
       // A plain text label (nearly every cell's) is looked up as text; its cell is made only
       // for a category the dimension does not have yet.
       bool translatable = false;
       const bool text = _cells.TakeText(categoryId, _labelText, translatable);
       std::unique_ptr<OmCellText> category = text ? nullptr : _cells.Take(categoryId);
-      Required(message, value, valueId, "value cell id");
+      if (!plain) Required(message, value, valueId, "value cell id");
       if (!text) Required(message, category, categoryId, "category cell id");
-      value->Accept(_tableFixer);
+      if (value) value->Accept(_tableFixer);
       if (category) category->Accept(_tableFixer);
       const int d = builder->CellDimension();
       builder->SelectCellDimension();
@@ -136,7 +141,11 @@ void OmFactory::Data::OnTableMessage(OmPayload& message) {
         category->setICUTracker(builder->Table().getICUTracker());
         builder->SetCategory(d, *category);
       }
-      builder->Cell(std::move(value));
+      if (plain) {
+        builder->Number(number, format, numberTracker);
+      } else {
+        builder->Cell(std::move(value));
+      }
       break;
     }
     case IPC_CELL_CATEGORY: {

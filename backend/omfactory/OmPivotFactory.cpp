@@ -318,6 +318,11 @@ void OmPivotFactory::Cell(std::unique_ptr<OmCellText> value) {
   _my->_firstCell = false;
 }
 
+void OmPivotFactory::Number(double value, std::uint32_t format, icuTracker* tracker) {
+  _my->_table->Number(_my->ClampedCoordinates(), value, format, tracker);
+  _my->_firstCell = false;
+}
+
 bool OmPivotFactory::AllGroupsClosed() const {
   const Data& my = *_my;
   const int n = my.NSeen();

@@ -3,6 +3,7 @@
 // current position designates. Made by OmProcedureFactory::CreateTable, driven by the session.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -13,6 +14,7 @@
 class OmCellText;
 class OmFootnote;
 class OmPivotTable;
+class icuTracker;
 
 class OmPivotFactory : public OmBuilderSlot {
 public:
@@ -68,6 +70,8 @@ public:
   // Stores the cell at the current coordinates (a copy, or the cell itself).
   void Cell(const OmCellText& value);
   void Cell(std::unique_ptr<OmCellText> value);
+  // The same for a plain number, which the table keeps without a cell object.
+  void Number(double value, std::uint32_t format, icuTracker* tracker);
   // True when no dimension has an open group.
   bool AllGroupsClosed() const;
 

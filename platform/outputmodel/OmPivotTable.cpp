@@ -1,6 +1,7 @@
 #include "platform/outputmodel/OmPivotTable.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <new>
 #include <cctype>
@@ -12,6 +13,7 @@
 #endif
 
 #include "platform/errors/OMSException.h"
+#include "platform/outputmodel/OmNumber.h"
 
 namespace {
 
@@ -21,17 +23,31 @@ namespace {
 // compared from their top word down order cells as their coordinates compare, first dimension
 // first and the fast one last.
 //
-// Cells live in a log: keys and cells side by side in two dense arrays, in the order they were
-// first stored; a cell taken leaves a hole until the log is compacted. Tables are mostly filled
-// in key order, and while they are the log is sorted: a new cell is appended, nothing is hashed
-// and a look-up is a binary search. The first cell out of order, or more look-ups than binary
-// searches answer cheaply, add an index: an open-addressing hash table of log positions (linear
-// probing, load at most 0.7). Building it moves no cell, so iterators stay valid across
-// look-ups. In the index the fast dimension's lowest kRunBits bits are added to the hash rather
-// than mixed into it, so that a run of cells lands in neighbouring slots: one cache miss per run
-// instead of one per cell.
+// Cells live in a log: keys, entries and tags side by side in dense arrays, in the order they were
+// first stored; a cell taken leaves a hole until the log is compacted. An entry is either a cell
+// object or, for a plain number (the bulk of every table), the number itself: its tag then names
+// one of the table's few (format, tracker) styles, so that such a cell costs its key, eight bytes
+// and a tag byte instead of a heap object and a pointer. The object is made when a caller asks
+// for a pointer, and kept.
+//
+// Tables are mostly filled in key order, and while they are the log is sorted: a new cell is
+// appended, nothing is hashed and a look-up is a binary search. The first cell out of order, or
+// more look-ups than binary searches answer cheaply, add an index: an open-addressing hash table
+// of log positions (linear probing, load at most 0.7). Building it moves no cell, so iterators
+// stay valid across look-ups. In the index the fast dimension's lowest kRunBits bits are added to
+// the hash rather than mixed into it, so that a run of cells lands in neighbouring slots: one
+// cache miss per run instead of one per cell.
 class CellStore {
 public:
+  // What a log position holds: see the tags below.
+  union Entry {
+    double number;
+    OmCellText* cell;
+  };
+  static constexpr std::uint8_t kHole = 0;
+  static constexpr std::uint8_t kObject = 1;
+  static constexpr std::uint8_t kFirstStyle = 2;  // kFirstStyle + i: a number of style i
+
   CellStore() = default;
   CellStore(const CellStore&) = delete;
   CellStore& operator=(const CellStore&) = delete;
@@ -39,17 +55,40 @@ public:
 
   std::size_t Count() const { return _count; }
   std::size_t Bytes() const {
-    return _keyRoom * sizeof(std::uint64_t) + _values.capacity() * sizeof(OmCellText*) +
-           _index.capacity() * sizeof(Slot);
+    return _keyRoom * sizeof(std::uint64_t) + _entries.capacity() * sizeof(Entry) +
+           _tags.capacity() + _index.capacity() * sizeof(Slot) + _styles.capacity() * sizeof(Style);
   }
-  // Positions in the log run from 0 to Capacity(); a hole's value is null.
-  std::size_t Capacity() const { return _values.size(); }
-  OmCellText* ValueAt(std::size_t slot) const { return _values[slot]; }
+  // Positions in the log run from 0 to Capacity(); a hole's tag is kHole.
+  std::size_t Capacity() const { return _tags.size(); }
+  std::uint8_t TagAt(std::size_t at) const { return _tags[at]; }
+  OmCellText* ObjectAt(std::size_t at) const { return _tags[at] == kObject ? _entries[at].cell : nullptr; }
 
-  // The first occupied position at or after slot; Capacity() when none.
-  std::size_t NextSlot(std::size_t slot) const {
-    while (slot < _values.size() && _values[slot] == nullptr) ++slot;
-    return slot;
+  // The cell object at a position that holds a cell, made first for a plain number.
+  OmCellText* MakeObject(std::size_t at) {
+    if (_tags[at] >= kFirstStyle) {
+      const Style& style = _styles[_tags[at] - kFirstStyle];
+      auto number = std::make_unique<OmNumber>(_entries[at].number, style.format);
+      number->setICUTracker(style.tracker);
+      _entries[at].cell = number.release();
+      _tags[at] = kObject;
+    }
+    return _entries[at].cell;
+  }
+
+  // The cell at a position that holds one, for reading: the object, or scratch set to the number.
+  const OmCellText* Read(std::size_t at, OmNumber& scratch) const {
+    if (_tags[at] == kObject) return _entries[at].cell;
+    const Style& style = _styles[_tags[at] - kFirstStyle];
+    scratch.setValue(_entries[at].number);
+    scratch.setFormat(style.format);
+    scratch.setICUTracker(style.tracker);
+    return &scratch;
+  }
+
+  // The first occupied position at or after at; Capacity() when none.
+  std::size_t NextSlot(std::size_t at) const {
+    while (at < _tags.size() && _tags[at] == kHole) ++at;
+    return at;
   }
 
   std::vector<int> Decode(std::size_t slot) const {
@@ -72,7 +111,7 @@ public:
     // While nothing is stored, the dimensions share one key word evenly, so that a table's
     // categories rarely outgrow their fields and force a repack of every stored key.
     const int share = n == 0 ? 0 : std::min<int>(31, int(64 / n));
-    if (_values.empty()) widths.assign(n, share);
+    if (_tags.empty()) widths.assign(n, share);
     widths.resize(n, 0);
     Relayout(widths);
   }
@@ -80,7 +119,7 @@ public:
   // Moves dimension d's field to the lowest bits. Only an empty store follows: repacking stored
   // keys on every hint would let a stream that switches cell dimensions cost cells x switches.
   void SetFastDimension(std::size_t d) {
-    if (d == _fast || !_values.empty()) return;
+    if (d == _fast || !_tags.empty()) return;
     _fast = d;
     if (_fields.empty()) return;
     std::vector<int> widths;
@@ -88,47 +127,48 @@ public:
     Relayout(widths);
   }
 
-  // Not const: many look-ups add the index (the cells stay where they are).
-  OmCellText* Find(const std::vector<int>& coords) {
-    if (_count == 0 || !Fits(coords)) return nullptr;
+  // The position holding a cell at coords, or kNowhere. Not const: many look-ups add the index
+  // (the cells stay where they are).
+  std::size_t Find(const std::vector<int>& coords) {
+    if (_count == 0 || !Fits(coords)) return kNowhere;
     std::uint64_t key[kMaxWords];
     Encode(coords, key);
     const std::size_t at = Position(key);
-    return at == kNowhere ? nullptr : _values[at];
+    return at == kNowhere || _tags[at] == kHole ? kNowhere : at;
   }
 
-  // Stores cell (not null) and returns the cell that was there (or null).
-  std::unique_ptr<OmCellText> Put(const std::vector<int>& coords, std::unique_ptr<OmCellText> cell) {
-    Widen(coords);
-    std::uint64_t key[kMaxWords];
-    Encode(coords, key);
-    if (!_sorted || !_values.empty()) {
-      const bool after = _sorted && Less(KeyAt(_values.size() - 1), key);
-      if (!after) {
-        const std::size_t at = Position(key);
-        if (at != kNowhere) {
-          if (_values[at] == nullptr) ++_count;
-          return std::unique_ptr<OmCellText>(std::exchange(_values[at], cell.release()));
-        }
-        if (_index.empty()) BuildIndex(IndexSizeFor(_values.size() + 1));
-        _sorted = false;
-      }
+  // Stores cell (not null), destroying what was there.
+  void Put(const std::vector<int>& coords, std::unique_ptr<OmCellText> cell) {
+    Entry entry;
+    entry.cell = cell.get();
+    Store(coords, kObject, entry);  // throws before it takes the cell, or takes it
+    cell.release();
+  }
+
+  // Stores a plain number, destroying what was there; a table with more styles than tags name
+  // keeps it as an object.
+  void PutNumber(const std::vector<int>& coords, double value, std::uint32_t format, icuTracker* tracker) {
+    const std::uint8_t tag = StyleTag(format, tracker);
+    if (tag == kObject) {
+      auto number = std::make_unique<OmNumber>(value, format);
+      number->setICUTracker(tracker);
+      return Put(coords, std::move(number));
     }
-    Append(key, std::move(cell));
-    return nullptr;
+    Entry entry;
+    entry.number = value;
+    Store(coords, tag, entry);
   }
 
   std::unique_ptr<OmCellText> Take(const std::vector<int>& coords) {
-    if (_count == 0 || !Fits(coords)) return nullptr;
-    std::uint64_t key[kMaxWords];
-    Encode(coords, key);
-    const std::size_t at = Position(key);
-    if (at == kNowhere || _values[at] == nullptr) return nullptr;
-    std::unique_ptr<OmCellText> cell(std::exchange(_values[at], nullptr));
+    const std::size_t at = Find(coords);
+    if (at == kNowhere) return nullptr;
+    std::unique_ptr<OmCellText> cell(MakeObject(at));
+    _tags[at] = kHole;
     --_count;
-    if (_index.empty() && at + 1 == _values.size()) {
-      _values.pop_back();  // the last cell of a log without index goes without a trace
-    } else if (_values.size() - _count > std::max<std::size_t>(kSearches, _count)) {
+    if (_index.empty() && at + 1 == _tags.size()) {
+      _tags.pop_back();  // the last cell of a log without index goes without a trace
+      _entries.pop_back();
+    } else if (_tags.size() - _count > std::max<std::size_t>(kSearches, _count)) {
       try {
         Compact(kNowhere, {});  // more holes than cells
       } catch (const std::bad_alloc&) {  // before anything moved: the holes wait for the next take
@@ -154,9 +194,14 @@ public:
 
   // Destroys every cell; the store starts again as an empty sorted log.
   void Clear() {
-    for (OmCellText* v : _values) delete v;
-    _values = {};
+    for (std::size_t at = 0; at < _tags.size(); ++at) {
+      if (_tags[at] == kObject) delete _entries[at].cell;
+    }
+    _entries = {};
+    _tags = {};
     _index = {};
+    _styles = {};
+    _styleCache.fill(0);
     _keys.reset();
     _keyRoom = 0;
     _count = 0;
@@ -164,16 +209,23 @@ public:
     _searches = 0;
   }
 
+  static constexpr std::size_t kNowhere = std::size_t(-1);
+
 private:
   static constexpr std::size_t kMaxWords = 64;
   // Position i's key is words i * _words ...; keys beyond the log are left unset.
   using Keys = std::unique_ptr<std::uint64_t[]>;
-  static constexpr std::size_t kNowhere = std::size_t(-1);
   static constexpr std::uint32_t kFree = 0xFFFFFFFFu;  // the position of an unused index slot
   struct Slot {
     std::uint32_t tag = 0;
     std::uint32_t at = kFree;
   };
+  // A plain number's format word and the tracker its object is made with.
+  struct Style {
+    std::uint32_t format;
+    icuTracker* tracker;
+  };
+  static constexpr std::size_t kMaxStyles = 256 - kFirstStyle;
   // Cells differing only in these low bits of the fast dimension's coordinate are neighbours
   // in the index: 16 slots, two cache lines.
   static constexpr int kRunBits = 4;
@@ -185,6 +237,49 @@ private:
     int word = 0;
     int shift = 0;
   };
+
+  // The tag of the style (format, tracker), added when new; kObject when every tag is taken.
+  // A table has a handful of styles, met in turn cell after cell: a small cache by format finds
+  // them without a search.
+  std::uint8_t StyleTag(std::uint32_t format, icuTracker* tracker) {
+    std::uint8_t& cached = _styleCache[(format * 0x9E3779B1u) >> (32 - kStyleCacheBits)];
+    if (cached >= kFirstStyle) {
+      const Style& style = _styles[cached - kFirstStyle];
+      if (style.format == format && style.tracker == tracker) return cached;
+    }
+    std::size_t i = 0;
+    while (i < _styles.size() && (_styles[i].format != format || _styles[i].tracker != tracker)) ++i;
+    if (i == _styles.size()) {
+      if (i == kMaxStyles) return kObject;
+      _styles.push_back(Style{format, tracker});
+    }
+    cached = std::uint8_t(kFirstStyle + i);
+    return cached;
+  }
+
+  // Puts entry of tag at coords, destroying what was there. Everything that allocates comes
+  // first: when it throws, the store is as it was and an object entry is still the caller's.
+  void Store(const std::vector<int>& coords, std::uint8_t tag, Entry entry) {
+    Widen(coords);
+    std::uint64_t key[kMaxWords];
+    Encode(coords, key);
+    if (!_sorted || !_tags.empty()) {
+      const bool after = _sorted && Less(KeyAt(_tags.size() - 1), key);
+      if (!after) {
+        const std::size_t at = Position(key);
+        if (at != kNowhere) {
+          if (_tags[at] == kHole) ++_count;
+          if (_tags[at] == kObject) delete _entries[at].cell;
+          _entries[at] = entry;
+          _tags[at] = tag;
+          return;
+        }
+        if (_index.empty()) BuildIndex(IndexSizeFor(_tags.size() + 1));
+        _sorted = false;
+      }
+    }
+    Append(key, tag, entry);
+  }
 
   static int Extract(const std::uint64_t* key, const Field& f) {
     if (f.width == 0) return 0;
@@ -262,19 +357,19 @@ private:
 
   // Key's position in the log (its cell may be a hole), or kNowhere.
   std::size_t Position(const std::uint64_t* key) {
-    if (_values.empty()) return kNowhere;
+    if (_tags.empty()) return kNowhere;
     if (_index.empty()) {
-      const std::size_t last = _values.size() - 1;
+      const std::size_t last = _tags.size() - 1;
       if (Equal(KeyAt(last), key)) return last;  // the cell just stored, looked at most often
-      if (++_searches <= kSearches + _values.size() / 32) return Search(key);
-      BuildIndex(IndexSizeFor(_values.size() + 1));
+      if (++_searches <= kSearches + _tags.size() / 32) return Search(key);
+      BuildIndex(IndexSizeFor(_tags.size() + 1));
     }
     const std::uint32_t at = _index[Probe(key, HashOf(key))].at;
     return at == kFree ? kNowhere : at;
   }
 
   std::size_t Search(const std::uint64_t* key) const {
-    std::size_t low = 0, high = _values.size();
+    std::size_t low = 0, high = _tags.size();
     while (low < high) {
       const std::size_t mid = low + (high - low) / 2;
       if (Less(KeyAt(mid), key)) {
@@ -283,7 +378,7 @@ private:
         high = mid;
       }
     }
-    return low < _values.size() && Equal(KeyAt(low), key) ? low : kNowhere;
+    return low < _tags.size() && Equal(KeyAt(low), key) ? low : kNowhere;
   }
 
   static std::size_t IndexSizeFor(std::size_t entries) {
@@ -305,14 +400,24 @@ private:
   void Refill(std::vector<Slot>& slots, std::size_t size) {
     slots.assign(size, Slot{});
     _index.swap(slots);
-    for (std::size_t at = 0; at < _values.size(); ++at) IndexPosition(at);
+    for (std::size_t at = 0; at < _tags.size(); ++at) IndexPosition(at);
   }
 
-  void Append(const std::uint64_t* key, std::unique_ptr<OmCellText> cell) {
-    const std::size_t at = _values.size();
+  // Grows an array of the log to room entries, keeping its contents.
+  template <typename T>
+  static void Regrow(std::vector<T>& array, std::size_t room) {
+    std::vector<T> grown;
+    grown.reserve(room);
+    PreferHugePages(grown.data(), grown.capacity() * sizeof(T));
+    grown.assign(array.begin(), array.end());
+    array.swap(grown);
+  }
+
+  void Append(const std::uint64_t* key, std::uint8_t tag, Entry entry) {
+    const std::size_t at = _tags.size();
     if (at + 1 >= kFree) throw OMSException("OmPivotTable::Cell -- too many cells", double(at));
     // Everything that allocates comes before anything changes.
-    // Both arrays grow by half, so that their room is at most half again the log (and 16).
+    // The arrays grow by half, so that their room is at most half again the log (and 16).
     const std::size_t grown = 16 + at + at / 2;
     if ((at + 1) * _words > _keyRoom) {
       const std::size_t room = grown * _words;
@@ -321,17 +426,12 @@ private:
       _keys = std::move(keys);
       _keyRoom = room;
     }
-    if (at == _values.capacity()) {
-      std::vector<OmCellText*> values;
-      values.reserve(grown);
-      PreferHugePages(values.data(), values.capacity() * sizeof(OmCellText*));
-      values.assign(_values.begin(), _values.end());
-      _values.swap(values);
-    }
+    if (at == _entries.capacity()) Regrow(_entries, grown);
+    if (at == _tags.capacity()) Regrow(_tags, grown);
     if (!_index.empty() && (at + 1) * 10 > _index.size() * 7) BuildIndex(2 * _index.size());
-    _values.push_back(nullptr);
     std::copy(key, key + _words, &_keys[at * _words]);
-    _values.back() = cell.release();
+    _entries.push_back(entry);
+    _tags.push_back(tag);
     ++_count;
     if (!_index.empty()) IndexPosition(at);
   }
@@ -344,29 +444,32 @@ private:
     std::vector<Slot> index;
     index.reserve(_index.size());
     std::size_t kept = 0;
-    for (std::size_t at = 0; at < _values.size(); ++at) {
-      OmCellText* cell = _values[at];
-      if (cell == nullptr) continue;
+    for (std::size_t at = 0; at < _tags.size(); ++at) {
+      const std::uint8_t tag = _tags[at];
+      if (tag == kHole) continue;
       if (d < _fields.size()) {
         const std::size_t c = std::size_t(Extract(KeyAt(at), _fields[d]));
         if (c < leaves.size() && leaves[c]) {
-          delete cell;
+          if (tag == kObject) delete _entries[at].cell;
           continue;
         }
       }
       std::copy(KeyAt(at), KeyAt(at) + _words, &_keys[kept * _words]);
-      _values[kept++] = cell;
+      _entries[kept] = _entries[at];
+      _tags[kept++] = tag;
     }
     _count = kept;
-    _values.resize(kept);
+    _entries.resize(kept);
+    _tags.resize(kept);
     // The new index is sized for the cells kept (its slots were reserved for all of them, but
     // filling all would touch memory that the shrink below gives back at once).
     if (!_index.empty()) Refill(index, std::min(_index.size(), IndexSizeFor(kept + 1)));
     try {
-      if (kept * 4 < _values.capacity()) {
+      if (kept * 4 < _tags.capacity()) {
         Keys keys = NewKeys(kept * _words);
         std::copy(_keys.get(), _keys.get() + kept * _words, keys.get());
-        _values.shrink_to_fit();
+        _entries.shrink_to_fit();
+        _tags.shrink_to_fit();
         _keys = std::move(keys);
         _keyRoom = kept * _words;
       }
@@ -412,7 +515,7 @@ private:
     }
     // Every buffer is allocated before the store changes: running out of memory here leaves
     // the cells where they were, owned by the store.
-    const std::size_t length = _values.size();
+    const std::size_t length = _tags.size();
     Keys keys = NewKeys(length * words);
     std::vector<int> coords(fields.size(), 0);
     std::vector<Slot> index;
@@ -457,7 +560,11 @@ private:
   std::size_t _words = 1;
   Keys _keys;
   std::size_t _keyRoom = 0;  // words allocated in _keys
-  std::vector<OmCellText*> _values;  // the log: one entry per key, null for a hole
+  std::vector<Entry> _entries;  // the log: one entry per key
+  std::vector<std::uint8_t> _tags;  // what each entry holds: kHole, kObject or a style's tag
+  std::vector<Style> _styles;  // the plain numbers' styles, kFirstStyle's first
+  static constexpr int kStyleCacheBits = 6;
+  std::array<std::uint8_t, std::size_t(1) << kStyleCacheBits> _styleCache{};  // tags by format hash
   std::size_t _count = 0;  // cells, the log without its holes
   bool _sorted = true;  // the log's keys ascend
   std::size_t _searches = 0;  // binary searches answered without an index
@@ -515,12 +622,22 @@ struct OmPivotTable::Data {
   std::vector<std::string> misc;
   std::shared_ptr<const BackendSettings> settings;
   icuTracker* tracker = nullptr;
+
+  bool Admits(const Coordinates& coords, int nDims);
 };
 
 // ---- iterator ----
 
 OmCellText* OmPivotTable::Iterator::Cell() const {
-  return AtEnd() ? nullptr : _table->_my->cells.ValueAt(_slot);
+  return AtEnd() ? nullptr : _table->_my->cells.MakeObject(_slot);
+}
+
+const OmCellText* OmPivotTable::Iterator::Read(OmNumber& scratch) const {
+  return AtEnd() ? nullptr : _table->_my->cells.Read(_slot, scratch);
+}
+
+OmCellText* OmPivotTable::Iterator::Object() const {
+  return AtEnd() ? nullptr : _table->_my->cells.ObjectAt(_slot);
 }
 
 OmPivotTable::Coordinates OmPivotTable::Iterator::Coord() const {
@@ -647,27 +764,54 @@ void CheckCoordinates(const char* operation, const std::vector<int>& coords, int
 
 OmCellText* OmPivotTable::Cell(const Coordinates& coords) const {
   CheckCoordinates("Cell", coords, NDimensions());
-  return _my->cells.Find(coords);
+  const std::size_t at = _my->cells.Find(coords);
+  return at == CellStore::kNowhere ? nullptr : _my->cells.MakeObject(at);
+}
+
+const OmCellText* OmPivotTable::ReadCell(const Coordinates& coords, OmNumber& scratch) const {
+  CheckCoordinates("ReadCell", coords, NDimensions());
+  const std::size_t at = _my->cells.Find(coords);
+  return at == CellStore::kNowhere ? nullptr : _my->cells.Read(at, scratch);
+}
+
+bool OmPivotTable::HasCell(const Coordinates& coords) const {
+  CheckCoordinates("HasCell", coords, NDimensions());
+  return _my->cells.Find(coords) != CellStore::kNowhere;
 }
 
 void OmPivotTable::Cell(const Coordinates& coords, const OmCellText& cell) {
   Cell(coords, cell.Clone());
 }
 
-void OmPivotTable::Cell(const Coordinates& coords, std::unique_ptr<OmCellText> cell) {
-  CheckCoordinates("Cell", coords, NDimensions());
+// Checks coords for storing; false when the table is full and has no cell there, so that the
+// new one is dropped and the table marked.
+bool OmPivotTable::Data::Admits(const Coordinates& coords, int nDims) {
+  CheckCoordinates("Cell", coords, nDims);
   for (std::size_t d = 0; d < coords.size(); ++d) {
     if (coords[d] < 0) throw OMSException("OmPivotTable::Cell -- coordinate >= 0", double(d), coords[d]);
   }
+  if (maxCells != 0 && cells.Count() >= maxCells && cells.Find(coords) == CellStore::kNowhere) {
+    scratched = true;  // over the limit: the table shows what it holds and is marked
+    return false;
+  }
+  return true;
+}
+
+void OmPivotTable::Cell(const Coordinates& coords, std::unique_ptr<OmCellText> cell) {
   if (!cell) {
+    CheckCoordinates("Cell", coords, NDimensions());
+    for (std::size_t d = 0; d < coords.size(); ++d) {
+      if (coords[d] < 0) throw OMSException("OmPivotTable::Cell -- coordinate >= 0", double(d), coords[d]);
+    }
     _my->cells.Take(coords);
     return;
   }
-  if (_my->maxCells != 0 && _my->cells.Count() >= _my->maxCells && !_my->cells.Find(coords)) {
-    _my->scratched = true;  // over the limit: the table shows what it holds and is marked
-    return;
-  }
-  _my->cells.Put(coords, std::move(cell));
+  if (_my->Admits(coords, NDimensions())) _my->cells.Put(coords, std::move(cell));
+}
+
+void OmPivotTable::Number(const Coordinates& coords, double value, std::uint32_t format,
+                          icuTracker* tracker) {
+  if (_my->Admits(coords, NDimensions())) _my->cells.PutNumber(coords, value, format, tracker);
 }
 
 std::unique_ptr<OmCellText> OmPivotTable::TakeCell(const Coordinates& coords) {

@@ -15,6 +15,7 @@
 #include "platform/outputmodel/OmOutputPart.h"
 
 class BackendSettings;
+class OmNumber;
 class icuTracker;
 
 class OmPivotTable : public OmOutputPart {
@@ -27,8 +28,15 @@ public:
   // invalidates iterators.
   class Iterator {
   public:
-    // The cell here; null at the end.
+    // The cell here; null at the end. A plain number kept without an object is made into one
+    // here, and stays one: callers that only read should prefer Read.
     OmCellText* Cell() const;
+    // The cell here for reading: the stored object, or scratch holding a plain number's value,
+    // format and tracker (valid until scratch is used again). Null at the end.
+    const OmCellText* Read(OmNumber& scratch) const;
+    // The cell object here, or null for a plain number kept without one (and at the end): for
+    // passes that change only texts and decorated cells.
+    OmCellText* Object() const;
     Coordinates Coord() const;
     // The same into a caller's buffer (resized to the dimension count): a pass over every cell
     // (bootstrap pooling gathers its samples so) then allocates nothing per cell.
@@ -96,9 +104,19 @@ public:
   const std::vector<short>& Layers() const;
 
   // Cells, one coordinate per dimension (a coordinate is a leaf index, >= 0).
+  // Plain numbers (no decorations) stored through Number are kept as value, format and tracker
+  // beside their key, without an object; the first call that wants a pointer to one makes its
+  // OmNumber, which the table then keeps.
   // The cell there, or null. Many look-ups may build an index inside the table, so even reading
   // a table is for one thread at a time.
   OmCellText* Cell(const Coordinates& coords) const;
+  // The cell there for reading, without making an object: the stored one, or scratch holding a
+  // plain number (valid until scratch is used again). Null when there is none.
+  const OmCellText* ReadCell(const Coordinates& coords, OmNumber& scratch) const;
+  // Whether a cell is stored there.
+  bool HasCell(const Coordinates& coords) const;
+  // Stores the plain number value of format, made with tracker, replacing what is there.
+  void Number(const Coordinates& coords, double value, std::uint32_t format, icuTracker* tracker);
   // Stores a copy of cell, replacing what is there.
   void Cell(const Coordinates& coords, const OmCellText& cell);
   // Stores cell itself, replacing what is there; null removes the cell there.
@@ -109,7 +127,8 @@ public:
   // cells (removing them one by one costs a look-up each).
   void DropCells(int d, const std::vector<int>& leaves);
   std::size_t NCells() const;
-  // Bytes the cell store occupies (keys, pointers and any index; not the cells themselves).
+  // Bytes the cell store occupies (keys, plain numbers, pointers and any index; not the cell
+  // objects).
   std::size_t CellIndexBytes() const;
   // Tells the cell store which dimension changes fastest between cells stored one after the
   // other (a builder's cell dimension). Cells stored in coordinate order (the other dimensions

@@ -30,7 +30,7 @@ bool IsTrivial(OmOutputPart* part) {
   if (part == nullptr) return false;
   if (auto* table = dynamic_cast<OmPivotTable*>(part)) {
     if (table->IsNotes()) return true;
-    if (table->IsWarnings() && table->FirstCell().Cell() == nullptr) {
+    if (table->IsWarnings() && table->NCells() == 0) {
       table->_keep = 0;
       return true;
     }

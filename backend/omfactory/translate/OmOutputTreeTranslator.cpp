@@ -52,7 +52,8 @@ void OmOutputTreeTranslator::Visit(OmPivotTable& table) {
     Translate(&footnote.Text(), translator);
   }
 
+  // Plain numbers kept without an object have nothing to translate.
   for (OmPivotTable::Iterator it = table.FirstCell(); !it.AtEnd(); ++it) {
-    Translate(it.Cell(), translator);
+    Translate(it.Object(), translator);
   }
 }

@@ -75,6 +75,68 @@ TEST(OmPivotTable, HoldsAMillionCellsCompactly) {
   EXPECT_LT(t.CellIndexBytes() / t.NCells(), 50u);
 }
 
+// Every way of reading a cell gives the number that was stored, whether the table keeps it
+// without an object or (past the styles a table can name, or once a caller asked for a pointer)
+// as an OmNumber; taking, replacing and dropping treat both alike.
+TEST(OmPivotTable, PlainNumbersReadBackThroughEveryAccessor) {
+  OmPivotTable t(S("t"), S("t"));
+  t.AddDimension(S("rows"));
+  t.AddDimension(S("statistics"));
+  OmNumber scratch(0);
+  // Two distinct addresses, never followed.
+  icuTracker* const trackers[2] = {reinterpret_cast<icuTracker*>(&t), reinterpret_cast<icuTracker*>(&scratch)};
+  constexpr int kRows = 300;  // more formats than a table names styles for
+  for (int r = 0; r < kRows; ++r) t.Number({r, r % 3}, r + 0.5, OmNumber::MakeFormat(5, r, 2), trackers[r % 2]);
+  t.Cell({7, 0}, OmNumber(9));  // an object among the numbers
+  ASSERT_EQ(t.NCells(), std::size_t(kRows) + 1);
+  for (int r = 0; r < kRows; ++r) {
+    SCOPED_TRACE(r);
+    const auto* read = dynamic_cast<const OmNumber*>(t.ReadCell({r, r % 3}, scratch));
+    ASSERT_NE(read, nullptr);
+    EXPECT_EQ(read->Value(), r + 0.5);
+    EXPECT_EQ(read->Format(), OmNumber::MakeFormat(5, r, 2));
+    EXPECT_EQ(read->getICUTracker(), trackers[r % 2]);
+    EXPECT_TRUE(t.HasCell({r, r % 3}));
+    EXPECT_FALSE(t.HasCell({r, r % 3 + 3}));
+  }
+  // Iterating reads the same cells in storage order; Object is null exactly for kept numbers.
+  int seen = 0, objects = 0;
+  for (auto it = t.FirstCell(); !it.AtEnd(); ++it, ++seen) {
+    const OmCellText* read = it.Read(scratch);
+    ASSERT_NE(read, nullptr);
+    objects += it.Object() != nullptr;
+    EXPECT_EQ(read->Text(), t.ReadCell(it.Coord(), scratch)->Text());
+  }
+  EXPECT_EQ(seen, kRows + 1);
+  EXPECT_GE(objects, 1 + kRows - 254);
+  EXPECT_LT(objects, kRows / 2);
+  // A pointer makes the object, which keeps later decorations and is the one found after.
+  OmCellText* cell = t.Cell({10, 1});
+  ASSERT_NE(dynamic_cast<OmNumber*>(cell), nullptr);
+  EXPECT_EQ(cell->getICUTracker(), trackers[0]);
+  cell->Footnote(2);
+  EXPECT_EQ(t.Cell({10, 1}), cell);
+  EXPECT_EQ(t.ReadCell({10, 1}, scratch), cell);
+  // Taking and replacing.
+  std::unique_ptr<OmCellText> taken = t.TakeCell({11, 2});
+  ASSERT_NE(dynamic_cast<OmNumber*>(taken.get()), nullptr);
+  EXPECT_EQ(static_cast<OmNumber&>(*taken).Value(), 11.5);
+  EXPECT_FALSE(t.HasCell({11, 2}));
+  t.Number({10, 1}, 3, OmNumber::kDefaultFormat, nullptr);
+  EXPECT_TRUE(t.ReadCell({10, 1}, scratch)->Footnotes().empty());
+  EXPECT_EQ(ValueAt(t, {10, 1}), 3);
+  t.Cell({12, 0}, OmStringCell("x"));
+  EXPECT_EQ(t.ReadCell({12, 0}, scratch)->Text(), "x");
+  // Dropping and the cell limit.
+  t.DropCells(1, {0});
+  EXPECT_FALSE(t.HasCell({0, 0}));
+  EXPECT_TRUE(t.HasCell({1, 1}));
+  t.MaxCells(t.NCells());
+  t.Number({0, 0}, 1, OmNumber::kDefaultFormat, nullptr);
+  EXPECT_FALSE(t.HasCell({0, 0}));
+  EXPECT_TRUE(t.IsScratched());
+}
+
 TEST(OmPivotTable, EqualFootnotesAreStoredOnce) {
   OmPivotTable t(S("t"), S("t"));
   OmStringCell star("*");
