@@ -32,15 +32,15 @@ public:
   // Fails with "<name> payload too short" (value 1 = bytes needed, value 2 = bytes given) unless
   // the payload holds at least `bytes` bytes. Handlers call it for their fixed fields before they
   // read or reverse any of them.
-  void Need(std::uint64_t bytes) const {
+  [[gnu::always_inline]] void Need(std::uint64_t bytes) const {
     if (bytes > _length) Fail("payload too short", double(bytes), double(_length));
   }
 
   // Numeric fields, reversed in place first under swap.
-  std::int16_t Int16(unsigned offset) { return Read<std::int16_t>(offset); }
-  std::int32_t Int32(unsigned offset) { return Read<std::int32_t>(offset); }
-  std::int64_t Int64(unsigned offset) { return Read<std::int64_t>(offset); }
-  double F64(unsigned offset) { return Read<double>(offset); }
+  [[gnu::always_inline]] std::int16_t Int16(unsigned offset) { return Read<std::int16_t>(offset); }
+  [[gnu::always_inline]] std::int32_t Int32(unsigned offset) { return Read<std::int32_t>(offset); }
+  [[gnu::always_inline]] std::int64_t Int64(unsigned offset) { return Read<std::int64_t>(offset); }
+  [[gnu::always_inline]] double F64(unsigned offset) { return Read<double>(offset); }
   // Fields that are never reversed.
   std::int32_t RawInt32(unsigned offset) const {
     std::int32_t value;
@@ -52,7 +52,7 @@ public:
 
   // A number format word: the 24-bit wire value, its top byte zeroed in the payload, converted to
   // the model's format word.
-  std::uint32_t Format(unsigned offset) {
+  [[gnu::always_inline]] std::uint32_t Format(unsigned offset) {
     const std::uint32_t wire = std::uint32_t(Int32(offset)) & 0xFFFFFFu;
     std::memcpy(_bytes + offset, &wire, sizeof wire);
     return ConvertFormat(wire);
@@ -71,9 +71,9 @@ public:
 
   // A cell id field (reversed like any int32), which must not be negative:
   // "<name> <field> out of range", value 1 = the id.
-  int CellId(unsigned offset, const char* field) { return CheckCellId(Int32(offset), field); }
+  [[gnu::always_inline]] int CellId(unsigned offset, const char* field) { return CheckCellId(Int32(offset), field); }
   // The same check for an id read earlier.
-  int CheckCellId(std::int64_t id, const char* field) const {
+  [[gnu::always_inline]] int CheckCellId(std::int64_t id, const char* field) const {
     if (id < 0 || id > INT32_MAX) FailId(id, field);
     return int(id);
   }
@@ -94,12 +94,12 @@ public:
                          double value2 = 0) const;
 
 private:
-  unsigned char* At(unsigned offset, unsigned size) const {
+  [[gnu::always_inline]] unsigned char* At(unsigned offset, unsigned size) const {
     Need(std::uint64_t(offset) + size);
     return _bytes + offset;
   }
   template <typename T>
-  T Read(unsigned offset) {
+  [[gnu::always_inline]] T Read(unsigned offset) {
     unsigned char* p = At(offset, sizeof(T));
     if (_swap) std::reverse(p, p + sizeof(T));
     T value;

@@ -203,9 +203,6 @@ struct Registry {
   std::map<std::string, std::unique_ptr<CodePage>, std::less<>> pages;
 };
 
-// Each thread's current code page: sessions on other threads never see it change.
-thread_local const CodePage* tCurrent = nullptr;
-
 Registry& TheRegistry() {
   static Registry registry;
   return registry;
@@ -224,17 +221,13 @@ const CodePage& CodePage::Get(std::string_view name) {
 }
 
 const CodePage& CodePage::Current() {
-  if (tCurrent == nullptr) tCurrent = &Get("UTF-8");
-  return *tCurrent;
+  if (_current == nullptr) _current = &Get("UTF-8");
+  return *_current;
 }
 
-void CodePage::SetCurrent(std::string_view name) { tCurrent = &Get(name); }
+void CodePage::SetCurrent(std::string_view name) { _current = &Get(name); }
 
-void CodePage::SetCurrent(const CodePage& page) { tCurrent = &page; }
-
-CodePage::Scope::Scope(const CodePage& page) : _previous(tCurrent) { tCurrent = &page; }
-
-CodePage::Scope::~Scope() { tCurrent = _previous; }
+void CodePage::SetCurrent(const CodePage& page) { _current = &page; }
 
 const std::string& CodePage::Name() const { return _my->name; }
 const std::string& CodePage::IcuName() const { return _my->icuName; }

@@ -45,13 +45,13 @@ public:
   static void SetCurrent(const CodePage& page);
 
   // Makes page this thread's current code page until the scope ends, then restores the one
-  // before.
+  // before. (Inline: a session opens one around every message it handles.)
   class Scope {
   public:
-    explicit Scope(const CodePage& page);
+    explicit Scope(const CodePage& page) : _previous(_current) { _current = &page; }
     Scope(const Scope&) = delete;
     Scope& operator=(const Scope&) = delete;
-    ~Scope();
+    ~Scope() { _current = _previous; }
 
   private:
     const CodePage* _previous;
@@ -86,6 +86,9 @@ public:
 private:
   struct Data;
   explicit CodePage(std::string_view name);
+  // Each thread's current code page (null: not yet asked for, UTF-8): sessions on other threads
+  // never see it change.
+  static inline thread_local const CodePage* _current = nullptr;
   std::unique_ptr<Data> _my;
 };
 
