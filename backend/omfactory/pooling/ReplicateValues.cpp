@@ -39,6 +39,7 @@ bool ReplicateValues::Gather(const OmPivotTable& table, std::size_t width, int* 
   bool fits = true;
   const std::size_t split = std::size_t(_splitDim);
   OmPivotTable::Coordinates coords;
+  OmNumber scratch(0);  // holds a number the table keeps without an object, while it is read
   std::uint32_t row = kNone;
   for (OmPivotTable::Iterator it = table.FirstCell(); !it.AtEnd(); ++it) {
     it.Coord(coords);
@@ -57,7 +58,7 @@ bool ReplicateValues::Gather(const OmPivotTable& table, std::size_t width, int* 
       if (row == kNone) row = AddRow(coords.data(), hash);
     }
     const std::size_t at = std::size_t(row) * width + std::size_t(k);
-    const OmCellText* cell = it.Cell();
+    const OmCellText* cell = it.Read(scratch);
     // Nearly every sample cell is a plain number: the type check then spares the cast's search.
     const auto* number = typeid(*cell) == typeid(OmNumber) ? static_cast<const OmNumber*>(cell)
                                                            : dynamic_cast<const OmNumber*>(cell);
