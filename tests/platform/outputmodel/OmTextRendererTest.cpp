@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/outputmodel/OmFootnote.h"
 #include "platform/outputmodel/OmHeading.h"
 #include "platform/outputmodel/OmNumber.h"
 #include "platform/outputmodel/OmPageTitle.h"
@@ -46,6 +47,14 @@ TEST(OmTextRenderer, FootnoteMarkersRunThroughTheAlphabet) {
   EXPECT_EQ(OmTextRenderer::FootnoteMarker(t, 25), "z");
   EXPECT_EQ(OmTextRenderer::FootnoteMarker(t, 26), "aa");
   EXPECT_EQ(OmTextRenderer::FootnoteMarker(t, 27), "ab");
+  // A cell's references are listed together.
+  t.AddDimension(S("Row"));
+  t.Rows().push_back(0);
+  t.Dimension(0).Child(&t.Dimension(0).Root(), -1, S("r"), false);
+  OmNumber cell(1, 0x50005);
+  for (const char* note : {"one", "two"}) cell.Footnote(std::int16_t(t.Footnote(OmFootnote(S(note)))));
+  t.Cell({0}, cell);
+  EXPECT_NE(OmTextRenderer().RenderTable(t).find("1[a,b]"), std::string::npos) << OmTextRenderer().RenderTable(t);
 }
 
 TEST(OmTextRenderer, OutlineIndentsByLevelAndSkipsExcludedParts) {

@@ -53,6 +53,7 @@ TEST(StringTableParse, ExactSectionSearchIsCaseSensitiveLooseSearchIgnoresCaseAn
   EXPECT_EQ(table.FindSection(" Non Par Corr"), nullptr);
   EXPECT_NE(table.FindSectionLoosely("  NON PAR corr "), nullptr);
   EXPECT_EQ(table.FindSectionLoosely("NONPARCORR"), nullptr);
+  EXPECT_EQ(table.FindSectionLoosely("Non Par Coxx"), nullptr);
   EXPECT_EQ(table.FindSectionLoosely(""), nullptr);
 }
 
