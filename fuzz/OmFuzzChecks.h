@@ -19,20 +19,31 @@ inline void Require(const std::string& problem, const char* check) {
   std::abort();
 }
 
-// Plays one whole procedure and marks it as the output that the input must leave intact.
+// Plays one whole procedure and marks it as the output that the input must leave intact. The
+// procedure and its rendering are the same for every input: both are made once per process.
 inline void PlayEarlierProcedure(OmSessionProbe& probe) {
-  OmStreamWriter earlier;
-  OmSampleStreams::Descriptives(earlier, 1);
+  static const OmStreamWriter earlier = [] {
+    OmStreamWriter w;
+    OmSampleStreams::Descriptives(w, 1);
+    return w;
+  }();
+  static std::string snapshot;
   if (!probe.Feed(earlier) || probe.Procedures() != 1) {
     Require("the earlier procedure did not arrive", "earlier procedure");
   }
-  probe.MarkEarlierOutput();
+  if (snapshot.empty()) {
+    probe.MarkEarlierOutput();
+    snapshot = probe.Snapshot(probe.Tree().Size());
+  } else {
+    probe.MarkEarlierOutput(snapshot);
+  }
 }
 
+// The earlier output is compared once, after the next procedure: a change made by the input
+// stays a change, since the next procedure only appends.
 inline void CheckRecovered(OmSessionProbe& probe) {
-  Require(probe.IntactEarlierOutput(), "earlier output after the input");
   Require(probe.AcceptsNextProcedure(), "next procedure");
-  Require(probe.IntactEarlierOutput(), "earlier output after the next procedure");
+  Require(probe.IntactEarlierOutput(), "earlier output after the input and the next procedure");
 }
 
 }  // namespace omfuzz

@@ -1,7 +1,9 @@
 // omf_fuzz_seeds OUTDIR [STREAM.oms...]: writes the seed corpora of the fuzz targets, one folder
 // per target under OUTDIR: session/ (OmSessionInput form), stream/ (stream files) and selector/
-// (OMS request records). The sample streams go in in both byte orders; every stream file named
-// on the command line (the recorded examples) goes in as well, readable or not.
+// (OMS request records). The sample streams go in in both byte orders, the recorded examples named
+// on the command line as well. Each seed holds one procedure cut to kSeedBytes: a seed of a whole
+// recorded stream makes every execution replay megabytes, and libFuzzer's -max_len would cut it
+// in the middle of a record anyway.
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -16,7 +18,9 @@
 #include "fuzz/OmSampleStreams.h"
 #include "fuzz/OmSessionInput.h"
 #include "platform/errors/OMSException.h"
+#include "platform/stream/MessageCodes.h"
 #include "platform/stream/OmStreamReader.h"
+#include "platform/stream/OmStreamWriter.h"
 
 namespace {
 
@@ -37,19 +41,78 @@ std::vector<std::uint8_t> ReadFile(const fs::path& path) {
   return std::vector<std::uint8_t>(std::istreambuf_iterator<char>(in), {});
 }
 
-// The session form of a stream file, or nothing when the file is no stream at all.
-bool SessionForm(const std::vector<std::uint8_t>& file, std::uint8_t flags,
-                 std::vector<std::uint8_t>& out) {
-  std::vector<OmStreamRecord> records;
-  try {
-    OmStreamReader reader(file);
-    OmStreamRecord record;
-    while (reader.Next(record)) records.push_back(record);
-  } catch (const OMSException&) {
-    if (records.empty()) return false;
+// The largest seed; fuzz/run.sh gives the targets the same -max_len.
+constexpr std::size_t kSeedBytes = 4096;
+constexpr std::size_t kRecordHeaderBytes = 6;
+
+bool IsBegin(const OmStreamRecord& r) {
+  return r.code == std::int16_t(MessageCode::IPC_BEGIN_PROCEDURE);
+}
+bool IsEnd(const OmStreamRecord& r) {
+  return r.code == std::int16_t(MessageCode::IPC_END_PROCEDURE);
+}
+
+// One record list per procedure, each led by the records before the first procedure (the
+// byte-order probe and the session's settings), then whatever came since the previous procedure
+// and the procedure itself. A procedure that does not fit in kSeedBytes keeps its first records
+// and its end messages: what is cut is more of the same tables.
+std::vector<std::vector<OmStreamRecord>> OneProcedureEach(const std::vector<OmStreamRecord>& all) {
+  std::vector<OmStreamRecord> lead;
+  auto at = all.begin();
+  for (; at != all.end() && !IsBegin(*at); ++at) lead.push_back(*at);
+  if (at == all.end()) return {lead};
+
+  std::vector<std::vector<OmStreamRecord>> procedures;
+  while (at != all.end()) {
+    auto last = at + 1;
+    while (last != all.end() && !IsBegin(*last)) ++last;
+    auto endMessages = last;
+    while (endMessages != at && IsEnd(*(endMessages - 1))) --endMessages;
+
+    std::vector<OmStreamRecord> procedure = lead;
+    std::size_t bytes = 0;
+    for (const OmStreamRecord& r : procedure) bytes += kRecordHeaderBytes + r.payload.size();
+    for (auto r = endMessages; r != last; ++r) bytes += kRecordHeaderBytes + r->payload.size();
+    for (auto r = at; r != endMessages; ++r) {
+      bytes += kRecordHeaderBytes + r->payload.size();
+      if (bytes > kSeedBytes && r != at) break;
+      procedure.push_back(*r);
+    }
+    procedure.insert(procedure.end(), endMessages, last);
+    procedures.push_back(std::move(procedure));
+    at = last;
   }
-  out = OmSessionInput::Encode(flags, records);
-  return true;
+  return procedures;
+}
+
+std::vector<std::uint8_t> StreamFile(const std::vector<OmStreamRecord>& records) {
+  OmStreamWriter w;
+  for (const OmStreamRecord& r : records) w.Record(r.code, r.payload);
+  return w.FileBytes();
+}
+
+// Writes name (or name-2, name-3 ... for a stream of several procedures) in both forms.
+std::size_t WriteSeeds(const fs::path& root, const std::string& name, std::uint8_t flags,
+                       const std::vector<OmStreamRecord>& records, bool streamForm) {
+  std::size_t written = 0;
+  const std::vector<std::vector<OmStreamRecord>> pieces = OneProcedureEach(records);
+  for (std::size_t i = 0; i < pieces.size(); ++i) {
+    const std::string piece = i == 0 ? name : name + "-" + std::to_string(i + 1);
+    const std::vector<std::uint8_t> session = OmSessionInput::Encode(flags, pieces[i]);
+    // A seed that is too long even when cut (one long text) would only be cut by -max_len.
+    if (session.size() <= kSeedBytes) {
+      Write(root / "session" / piece, session);
+      ++written;
+    }
+    if (streamForm) {
+      const std::vector<std::uint8_t> file = StreamFile(pieces[i]);
+      if (file.size() <= kSeedBytes) {
+        Write(root / "stream" / (piece + ".oms"), file);
+        ++written;
+      }
+    }
+  }
+  return written;
 }
 
 // Request records: everything selected, one with IF and EXCEPTIF subcommands, instances and LAST,
@@ -134,28 +197,29 @@ int main(int argc, char** argv) {
          {OmSampleStreams::ByteOrder::LittleEndian, OmSampleStreams::ByteOrder::BigEndian}) {
       const std::string suffix = order == OmSampleStreams::ByteOrder::BigEndian ? "-be" : "-le";
       for (const OmSampleStreams::Named& sample : OmSampleStreams::All(order)) {
-        const std::vector<std::uint8_t> file = sample.stream.FileBytes();
-        Write(stream / (sample.name + suffix + ".oms"), file);
-        Write(session / (sample.name + suffix), OmSessionInput::Encode(0, sample.stream.Records()));
-        written += 2;
+        const std::uint8_t flags =
+            order == OmSampleStreams::ByteOrder::BigEndian ? OmSessionInput::kEarlierOutput : 0;
+        written += WriteSeeds(root, sample.name + suffix, flags, sample.stream.Records(), true);
       }
     }
-    // The same records on a session told to swap from the start and sending to the viewer.
+    // The same records on a session sending to the viewer, after an earlier procedure.
     for (const OmSampleStreams::Named& sample :
          OmSampleStreams::All(OmSampleStreams::ByteOrder::LittleEndian)) {
-      Write(session / (sample.name + "-viewer"),
-            OmSessionInput::Encode(OmSessionInput::kDestViewer, sample.stream.Records()));
-      ++written;
+      const std::uint8_t flags = OmSessionInput::kDestViewer | OmSessionInput::kEarlierOutput;
+      written += WriteSeeds(root, sample.name + "-viewer", flags,
+                            sample.stream.Records(), false);
     }
 
     for (int i = 2; i < argc; ++i) {
       const fs::path path(argv[i]);
-      const std::vector<std::uint8_t> file = ReadFile(path);
-      const std::string name = "example-" + path.stem().string();
-      Write(stream / (name + ".oms"), file);
-      std::vector<std::uint8_t> encoded;
-      if (SessionForm(file, 0, encoded)) Write(session / name, encoded);
-      written += 2;
+      std::vector<OmStreamRecord> records;
+      try {
+        OmStreamReader reader(ReadFile(path));
+        for (OmStreamRecord record; reader.Next(record);) records.push_back(record);
+      } catch (const OMSException&) {
+        // A cut file: its whole records still make seeds.
+      }
+      if (!records.empty()) written += WriteSeeds(root, "example-" + path.stem().string(), 0, records, true);
     }
 
     const std::vector<std::string> records = SelectorRecords();

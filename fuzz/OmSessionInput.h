@@ -2,7 +2,7 @@
 // every byte string means something, so that random mutation mostly makes messages rather than
 // broken stream headers. The seed tool converts stream files into it.
 //
-//   byte     flags (kSwapBytes, kDestViewer, kDeclineOutput)
+//   byte     flags (kSwapBytes, kDestViewer, kDeclineOutput, kEarlierOutput)
 //   records until the input ends:
 //     byte   code index: kCodes[index % size], or kRawCode followed by a little-endian int16
 //     uint16 payload length, little-endian
@@ -21,6 +21,7 @@ public:
     kSwapBytes = 1,      // the session starts out swapping
     kDestViewer = 2,     // output goes to the viewer (the fast-table rule applies)
     kDeclineOutput = 4,  // the observer does not take the procedures
+    kEarlierOutput = 8,  // a whole procedure comes first, and must come through the input intact
   };
 
   static constexpr std::uint8_t kRawCode = 0xFF;

@@ -68,6 +68,11 @@ void OmSessionProbe::MarkEarlierOutput() {
   _earlierSnapshot = Snapshot(_earlierNodes);
 }
 
+void OmSessionProbe::MarkEarlierOutput(std::string snapshot) {
+  _earlierNodes = _tree->Size();
+  _earlierSnapshot = std::move(snapshot);
+}
+
 std::string OmSessionProbe::IntactEarlierOutput() {
   if (_tree->Size() < _earlierNodes) {
     return "the output tree shrank from " + std::to_string(_earlierNodes) + " to " +
@@ -92,8 +97,11 @@ std::string OmSessionProbe::AcceptsNextProcedure() {
 
   const std::size_t procedures = Procedures();
   const std::size_t tables = Tables();
-  OmStreamWriter check;
-  OmSampleStreams::Descriptives(check, kCheckProcedureId);
+  static const OmStreamWriter check = [] {
+    OmStreamWriter w;
+    OmSampleStreams::Descriptives(w, kCheckProcedureId);
+    return w;
+  }();
   if (!Feed(check)) return "the check procedure let an exception out";
   if (_factory->Procedure() != nullptr) return "the check procedure stays open";
   if (Procedures() != procedures + 1) {

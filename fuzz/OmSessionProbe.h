@@ -42,6 +42,8 @@ public:
   // Marks the parts now in the output tree as earlier output: IntactEarlierOutput then checks
   // that they are still there, unchanged as the text renderer shows them.
   void MarkEarlierOutput();
+  // The same with the snapshot of those parts already known (the same procedure played before).
+  void MarkEarlierOutput(std::string snapshot);
   // "" when the parts marked by MarkEarlierOutput are unchanged, else what changed.
   std::string IntactEarlierOutput();
 

@@ -13,6 +13,7 @@ std::atomic<std::size_t> gLiveBytes{0};
 // The allocation count at which to throw; 0 when disarmed.
 std::atomic<std::size_t> gFailAt{0};
 std::atomic<bool> gFailed{false};
+std::atomic<bool> gFailedQuietly{false};
 
 void* Allocate(std::size_t size) {
   const std::size_t n = ++gAllocations;
@@ -39,10 +40,12 @@ namespace robustness {
 
 void CountingAllocator::FailAt(std::size_t n) {
   gFailed = false;
+  gFailedQuietly = false;
   gFailAt = n == 0 ? 0 : gAllocations.load() + n;
 }
 void CountingAllocator::Disarm() { gFailAt = 0; }
 bool CountingAllocator::Failed() { return gFailed; }
+bool CountingAllocator::FailedQuietly() { return gFailedQuietly; }
 std::size_t CountingAllocator::Allocations() { return gAllocations; }
 std::size_t CountingAllocator::LiveBytes() { return gLiveBytes; }
 
@@ -54,6 +57,7 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   try {
     return Allocate(size);
   } catch (const std::bad_alloc&) {
+    gFailedQuietly = true;
     return nullptr;
   }
 }

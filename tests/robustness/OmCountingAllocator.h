@@ -15,6 +15,9 @@ class CountingAllocator {
   static void Disarm();
   // Whether the armed failure has happened since FailAt.
   static bool Failed();
+  // Whether that failure was a nothrow allocation's, answered with a null pointer (as
+  // std::stable_sort asks for its buffer, doing without one when refused).
+  static bool FailedQuietly();
   // Allocations since the program started.
   static std::size_t Allocations();
   // Bytes allocated and not yet freed (as the C library sizes the blocks).
