@@ -103,7 +103,7 @@ void OmFactory::Data::OnLongString(OmPayload& message) {
   _strings.AppendPart(id, 1, b);
   if (!last) return;
 
-  OmStringAssembler::Parts parts = _strings.TakeParts(id, false);
+  OmStringAssembler::Parts parts = _strings.TakeParts(id);
   std::unique_ptr<OmCellText> cell;
   if (kind < 2) {
     cell = std::make_unique<OmStringCell>(std::move(parts.a), kind == 0);
@@ -137,7 +137,7 @@ void OmFactory::Data::OnLongText(OmPayload& message) {
   _strings.AppendPart(id, 1, b);
   _strings.AppendPart(id, 2, c);
 
-  OmStringAssembler::Parts parts = _strings.TakeParts(id, true);
+  OmStringAssembler::Parts parts = _strings.TakeParts(id);
   std::unique_ptr<OmCellText> cell;
   if (parts.b.empty()) {
     cell = std::make_unique<OmStringCellUTF8>(std::move(parts.a));

@@ -31,23 +31,14 @@ void OmStringAssembler::AppendPart(int id, int part, std::string_view text) {
   _partBytes += text.size();
 }
 
-OmStringAssembler::Parts OmStringAssembler::TakeParts(int id, bool withC) {
+OmStringAssembler::Parts OmStringAssembler::TakeParts(int id) {
   Parts taken;
   auto found = _parts.find(id);
   if (found == _parts.end()) return taken;
-  Parts& parts = found->second;
-  taken.a = std::move(parts.a);
-  taken.b = std::move(parts.b);
-  _partBytes -= taken.a.size() + taken.b.size();
-  if (withC || parts.c.empty()) {
-    taken.c = std::move(parts.c);
-    _partBytes -= taken.c.size();
-    _parts.erase(found);
-  } else {
-    parts.a.clear();
-    parts.b.clear();
-  }
+  taken = std::move(found->second);
+  _partBytes -= taken.a.size() + taken.b.size() + taken.c.size();
+  _parts.erase(found);
   return taken;
 }
 
-void OmStringAssembler::DropParts(int id) { TakeParts(id, true); }
+void OmStringAssembler::DropParts(int id) { TakeParts(id); }

@@ -33,9 +33,9 @@ public:
 
   // Long-string parts of a cell id: part 0 is A, 1 is B, 2 is C. Fails when the text does not fit.
   void AppendPart(int id, int part, std::string_view text);
-  // Hands over the parts of id (empty texts where nothing arrived) and forgets A and B, and C too
-  // when withC; a C that is kept stays for a later IPC_LONG_TEXT.
-  Parts TakeParts(int id, bool withC);
+  // Hands over the parts of id (empty texts where nothing arrived) and forgets them. Part C only
+  // comes with IPC_LONG_TEXT, which finishes its text at once, so no part outlives its message.
+  Parts TakeParts(int id);
   // Forgets every part of id.
   void DropParts(int id);
 

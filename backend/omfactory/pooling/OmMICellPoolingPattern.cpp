@@ -35,11 +35,14 @@ bool OmMICellPoolingPattern::Pool(OmPivotTable& table, OmOutputTree*) const {
     return OmMICellSteps::Address{OmPoolingTools::AddCategory(table, statDim, label)};
   };
 
+  // A failed step leaves the statistics after it unpooled: their cells would stand beside an
+  // estimate the table does not have.
+  bool anyPooled = false;
   if (_pair.size() == 2 && !_pair[0].empty()) {
     OmMICellSteps::RubinAddresses pair;
     pair.estimate = steps.Find({_pair[0]});
     pair.standardError = steps.Find({_pair[1]});
-    steps.Rubin(pair, place);
+    anyPooled = steps.Rubin(pair, place);
   }
   if (!_full.estimate.empty()) {
     OmMICellSteps::RubinAddresses full;
@@ -49,12 +52,12 @@ bool OmMICellPoolingPattern::Pool(OmPivotTable& table, OmOutputTree*) const {
     full.df = steps.Find({_full.df});
     full.significance = steps.Find({_full.significance});
     full.interval = _full.interval;
-    if (!steps.Rubin(full, place)) return false;
+    if (!steps.Rubin(full, place)) return anyPooled;
+    anyPooled = true;
   }
-  bool averagedAny = false;
   for (const std::string& statistic : _averaged) {
-    if (!steps.Average(steps.Find({statistic}))) return averagedAny;
-    averagedAny = true;
+    if (!steps.Average(steps.Find({statistic}))) return anyPooled;
+    anyPooled = true;
   }
-  return !_averaged.empty();
+  return anyPooled;
 }

@@ -4,7 +4,6 @@
 // outside one the session stays usable.
 
 #include "SessionFixture.h"
-#include "backend/omfactory/OmStringAssembler.h"
 #include "platform/errors/OMSException.h"
 #include "platform/stream/MessageCodes.h"
 
@@ -92,18 +91,6 @@ TEST_F(HostileMessages, UnreadableBootstrapSpecificationsStillAppendTheProcedure
   EXPECT_EQ(factory->Procedure(), nullptr);
   EXPECT_EQ(PartsOf<OmProcedure>(*tree).size(), 1u);
   ExpectUsable();
-}
-
-TEST(StringAssembly, LongStringKeepsPartCUntilALongTextFinishesIt) {
-  OmStringAssembler strings;
-  strings.AppendPart(1, 2, "c");
-  strings.AppendPart(1, 0, "a");
-  OmStringAssembler::Parts first = strings.TakeParts(1, false);
-  EXPECT_EQ(first.a, "a");
-  EXPECT_EQ(first.c, "");
-  EXPECT_EQ(strings.PendingBytes(), 1u);
-  EXPECT_EQ(strings.TakeParts(1, true).c, "c");
-  EXPECT_EQ(strings.PendingBytes(), 0u);
 }
 
 }  // namespace

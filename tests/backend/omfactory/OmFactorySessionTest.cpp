@@ -232,5 +232,33 @@ TEST_F(Recovery, UnopenableCodePageOrLocaleFallsBackAndKeepsTheProcedure) {
   }
 }
 
+// Swedish sorts "ä" after "z", German beside "a": the collator made for one procedure must not
+// serve a later one of another locale.
+TEST_F(SessionTest, EachProcedureSortsByItsOwnLocale) {
+  const struct {
+    const char* locale;
+    std::vector<std::string> sorted;
+  } cases[] = {{"de_DE", {"a", "ä", "z"}}, {"sv_SE", {"a", "z", "ä"}}, {"de_DE", {"a", "ä", "z"}}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.locale);
+    BeginProcedure(1, Settings("Frequencies", std::string("unicode=1\nlocale=") + c.locale + "\n"));
+    BeginTable(1, "Fruit");
+    writer.PlaceDimension(1, Str("Fruit"), 1, 0);
+    writer.PlaceDimension(1, Str("Statistics"), 1, 1);
+    writer.CellDimension(1, Str("Statistics"));
+    for (const char* fruit : {"z", "ä", "a"}) {
+      writer.Category(1, Str(fruit), Str("Fruit"));
+      if (fruit[0] == 'z') writer.SortDimension(1, 0);
+      writer.Cell(1, Num(1), Str("N"));
+    }
+    writer.EndTable(1);
+    EndProcedure();
+    const OmDimensionNode& root = PartsOf<OmPivotTable>(*tree).back()->Dimension(0).Root();
+    std::vector<std::string> labels;
+    for (std::size_t i = 0; i < root.NChildren(); ++i) labels.push_back(root.Child(i)->Label()->Text());
+    EXPECT_EQ(labels, c.sorted);
+  }
+}
+
 }  // namespace
 }  // namespace sessiontest

@@ -61,8 +61,9 @@ TEST(BootstrapResultWriterTest, FootnotesQualifyOnlyTheCellsTheyConcern) {
       {writer->SignificanceCategory(), {based}}};
   for (const auto& [category, texts] : notes) EXPECT_EQ(NotesAt(*t, {category, 0, 0}), texts) << category;
   // A BCa interval without its jackknife is left empty, and the table says results are missing.
-  writer->Write({0, 1, 0}, 1000, false, 0.1, 0.2, 0.3, 0.5, 0.9);
+  writer->Write({0, 1, 0}, 1000, false, 0.1, 0.2, 0.0, 0.5, 0.9);
   EXPECT_EQ(NumberAt(*t, {writer->UpperCategory(), 1, 0}).Value(), kSysMiss);
+  EXPECT_EQ(NumberAt(*t, {writer->SignificanceCategory(), 1, 0}).Value(), 0.0);  // no sample crossed
   EXPECT_EQ(NotesOf(*t, t->Label()), Texts{"Not all bootstrap results available..."});
   // Results take the statistic's format, the significance its own.
   EXPECT_EQ(NumberAt(*t, {writer->BiasCategory(), 0, 0}).Format(), 0x3050008u);
