@@ -84,12 +84,15 @@ TEST(MICorrMatrix, DiagonalIsOneWithoutSignificanceAndAPerfectCorrelationInSomeI
 }
 
 TEST(MICorrMatrix, TwoTailedTablesGetTheTwoTailedNoteOfThePooledSignificance) {
-  Matrix m(2, false);
-  m.Coefficients({0.62, 0.58}, {50, 50});
-  m.Note(2, kLabels.note01TwoTailed, "**");
-  ASSERT_LE(FisherSignificance({0.62, 0.58}, {50, 50}), 0.01);
-  m.Pool();
-  EXPECT_EQ(NotesAt(*m, m.Pooled(Matrix::R)), std::vector<std::string>{kLabels.note01TwoTailed});
+  // The second significance underflows to exactly 0.
+  for (const auto& [rs, n] : {std::pair{std::vector{0.62, 0.58}, 50.0}, {{0.999, 0.9990001}, 1e5}}) {
+    Matrix m(2, false);
+    m.Coefficients(rs, {n, n});
+    m.Note(2, kLabels.note01TwoTailed, "**");
+    ASSERT_LE(FisherSignificance(rs, {n, n}), n > 50 ? 0.0 : 0.01);
+    m.Pool();
+    EXPECT_EQ(NotesAt(*m, m.Pooled(Matrix::R)), std::vector<std::string>{kLabels.note01TwoTailed});
+  }
 }
 
 TEST(MICorrMatrix, OneTailedTablesHalveThePAndNoteBetweenTwoAndTenPercent) {
