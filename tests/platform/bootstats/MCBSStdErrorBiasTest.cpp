@@ -55,15 +55,3 @@ TEST(MCBSStdErrorBias, HandComputedAndDegenerateSetsGiveTheirValuesOrSystemMissi
   }
 }
 
-TEST(MCBSStdErrorBias, CopyKeepsItsOwnState) {
-  MCBSStdErrorBias original = Fed({1.0, 2.0, 3.0, 4.0});
-  const MCBSStdErrorBias copy = original;
-  original.AddBootstrapStat(100.0);
-  EXPECT_EQ(copy.GetCount(), 4u);
-  EXPECT_DOUBLE_EQ(copy.GetBias(2.0), 0.5);
-  MCBSStdErrorBias assigned;
-  assigned = copy;
-  assigned.AddBootstrapStat(9.0);
-  EXPECT_EQ(copy.GetCount(), 4u);
-  EXPECT_EQ(assigned.GetCount(), 5u);
-}

@@ -21,17 +21,6 @@ public:
   ~CountedHeading() override { ++gDestroyed; }
 };
 
-TEST(OmOutputTree, ANewTreeHasOneRootWithoutAPart) {
-  OmOutputTree tree;
-  ASSERT_EQ(tree.Size(), 1u);
-  EXPECT_EQ(*tree.Root(), nullptr);
-  EXPECT_EQ(tree.Root().Level(), 0);
-  OmOutputTree empty(false);
-  EXPECT_TRUE(empty.Empty());
-  auto n = empty.AppendUnderRoot(std::make_unique<OmHeading>(OmStringCell("h")));
-  EXPECT_EQ(n.Level(), 1);
-}
-
 TEST(OmOutputTree, ReleaseHandsALeafsPartOver) {
   gDestroyed = 0;
   OmOutputTree tree;
