@@ -3,6 +3,8 @@
 // clear OMSException naming the message and field; inside a procedure it ends in recovery,
 // outside one the session stays usable.
 
+#include <functional>
+
 #include "SessionFixture.h"
 #include "platform/errors/OMSException.h"
 #include "platform/stream/MessageCodes.h"
@@ -77,6 +79,37 @@ TEST_F(HostileMessages, AnyNonNegativeCellIdWorksAndOnlyANegativeOneIsRefused) {
   EXPECT_LE(factory->CellSlotCount(), 65536u);  // the dense slots; no sparse cell is left
   Send(std::int16_t(MessageCode::IPC_DISCARD_CELL), Bytes({-1}));
   EXPECT_EQ(LastError(), Dispatch("IPC_DISCARD_CELL cell id out of range"));
+}
+
+// A procedure that gets a table's structure wrong meets the server's own numbered errors.
+TEST_F(HostileMessages, TableStructureErrorsAreNumberedServerErrors) {
+  const struct {
+    std::function<void()> send;
+    const char* error;
+  } cases[] = {
+      {[this] { writer.EndTable(2); },
+       "Server error 101 of omerrors.err: The procedure ended a table that was never begun."},
+      {[this] {
+         writer.BeginGroup(1, Str("G"), Str("D"));
+         writer.EndTable(1);
+       },
+       "Server error 102 of omerrors.err: The procedure ended a table while one of its groups was still open."},
+      {[this] {
+         writer.Dimension(1, Str("D"));
+         writer.Bold();
+       },
+       "Server error 103 of omerrors.err: The procedure styled or annotated the current category while no category was current."},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.error);
+    Reopen();
+    BeginProcedure();
+    BeginTable(1, "T");
+    c.send();
+    Feed();
+    EXPECT_EQ(LastError(), c.error);
+    ExpectUsable();
+  }
 }
 
 TEST_F(HostileMessages, UnreadableBootstrapSpecificationsStillAppendTheProcedure) {
