@@ -79,9 +79,9 @@ std::unique_ptr<BootOutput> Bootstrapped(int variables, int replicates, bool bca
       for (int r = 0; r <= last; ++r) {
         // A spread that differs per cell, so that sorting the replicates does real work.
         const double value = 10.0 + i * 0.01 + st + double((r * 7919 + i * 31 + st) % 1000) * 1e-3;
-        table->Cell({i, st, r},
-                    std::make_unique<OmNumber>(st == 6 ? 100.0 : value,
-                                               st == 6 ? kNoDecimals : kTwoDecimals));
+        // Stored as IPC_CELL stores a plain number: compact, without a cell object.
+        table->Number({i, st, r}, st == 6 ? 100.0 : value, st == 6 ? kNoDecimals : kTwoDecimals,
+                      nullptr);
       }
     }
   }
