@@ -104,6 +104,26 @@ public:
     for (std::size_t d = 0; d < _fields.size(); ++d) coords[d] = Extract(key, _fields[d]);
   }
 
+  // Every cell, in log order, to visit.
+  void ReadAll(void (*visit)(void*, const OmPivotTable::CellView&), void* context) const {
+    std::vector<int> coords(_fields.size(), 0);
+    OmPivotTable::CellView view{coords.data(), nullptr, 0.0};
+    const std::size_t n = _fields.size();
+    for (std::size_t at = 0; at < _tags.size(); ++at) {
+      const std::uint8_t tag = _tags[at];
+      if (tag == kHole) continue;
+      const std::uint64_t* key = KeyAt(at);
+      for (std::size_t d = 0; d < n; ++d) coords[d] = Extract(key, _fields[d]);
+      if (tag == kObject) {
+        view.object = _entries[at].cell;
+      } else {
+        view.object = nullptr;
+        view.number = _entries[at].number;
+      }
+      visit(context, view);
+    }
+  }
+
   void SetDimensions(std::size_t n) {
     if (n == _fields.size()) return;
     std::vector<int> widths;
@@ -824,6 +844,10 @@ std::size_t OmPivotTable::CellIndexBytes() const { return _my->cells.Bytes(); }
 void OmPivotTable::CellOrderHint(int d) {
   if (d >= 0) _my->cells.SetFastDimension(std::size_t(d));
 }
+void OmPivotTable::ReadCells(void (*visit)(void*, const CellView&), void* context) const {
+  _my->cells.ReadAll(visit, context);
+}
+
 OmPivotTable::Iterator OmPivotTable::FirstCell() const { return Iterator(this, _my->cells.NextSlot(0)); }
 OmPivotTable::Iterator OmPivotTable::EndCell() const { return Iterator(this, _my->cells.Capacity()); }
 void OmPivotTable::MaxCells(std::uint64_t maxCells) { _my->maxCells = maxCells; }

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "backend/tables/PuppetVector.h"
@@ -135,6 +136,23 @@ public:
   // in their order, this one fastest) are appended without any index; others, and runs of them
   // along d, stay cheap to find. Only speed depends on it; it is heeded while the table is empty.
   void CellOrderHint(int d);
+  // One stored cell as ReadCells hands it over.
+  struct CellView {
+    const int* coords;         // one per dimension
+    const OmCellText* object;  // the cell object; null for a plain number kept without one
+    double number;             // that plain number (when object is null)
+  };
+  // Calls visit(const CellView&) for every stored cell, in storage order, making no cell
+  // objects: a pass that reads every cell (bootstrap pooling gathers its samples so) costs a
+  // key decoding and a call per cell, not an iterator's calls into the table. visit must not
+  // change the table.
+  template <typename Visit>
+  void ReadCells(Visit&& visit) const {
+    using F = std::remove_reference_t<Visit>;
+    ReadCells([](void* f, const CellView& cell) { (*static_cast<F*>(f))(cell); },
+              const_cast<void*>(static_cast<const void*>(&visit)));
+  }
+  void ReadCells(void (*visit)(void* context, const CellView& cell), void* context) const;
   // The cells in the order they were first stored. Looking cells up never invalidates an
   // iterator; storing or removing one may.
   Iterator FirstCell() const;

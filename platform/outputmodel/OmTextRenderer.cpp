@@ -292,7 +292,8 @@ private:
       }
       for (std::size_t c = 0; c < colCombos.size(); ++c) {
         for (std::size_t k = 0; k < _colDims.size(); ++k) coords[std::size_t(_colDims[k])] = colCombos[c][k]->coord;
-        const OmCellText* cell = _table.Cell(coords);
+        OmNumber scratch(0.0);  // a plain number is read without making its cell object
+        const OmCellText* cell = _table.ReadCell(coords, scratch);
         row[headerCols + c] = Decorated(cell);
         right[headerCols + c] = dynamic_cast<const OmNumber*>(cell) != nullptr;
       }

@@ -105,7 +105,8 @@ void WriteCsv(const std::vector<Shown>& shown, const OmDisplayText& text, std::s
       for (const Combination& row : rows) {
         place(OmTableLayout::kRows, row);
         for (const Combination& column : cols) {
-          const OmCellText* cell = table->Cell(view.layout.Coordinates(row, column, layer));
+          OmNumber scratch(0.0);  // a plain number is read without making its cell object
+          const OmCellText* cell = table->ReadCell(view.layout.Coordinates(row, column, layer), scratch);
           if (cell == nullptr) continue;
           place(OmTableLayout::kColumns, column);
           out << prefix << Join(fields, ",") << (fields.empty() ? "" : ",") << NumberText(cell) << ","
@@ -157,7 +158,8 @@ void MarkdownTable(TableView& view, std::size_t maxGrid, std::ostream& out) {
       out << "|";
       for (const OmTableLayout::Leaf* leaf : row) out << " " << OmExport::MarkdownEscape(view.Path(*leaf)) << " |";
       for (const Combination& column : cols) {
-        const OmCellText* cell = view.table.Cell(view.layout.Coordinates(row, column, layer));
+        OmNumber scratch(0.0);
+        const OmCellText* cell = view.table.ReadCell(view.layout.Coordinates(row, column, layer), scratch);
         out << " " << OmExport::MarkdownEscape(view.Text(cell)) << Sup(view.Refs(cell)) << " |";
       }
       out << "\n";
@@ -267,7 +269,10 @@ void LatexTable(TableView& view, std::size_t maxGrid, std::ostream& out) {
         std::string& field = fields[std::size_t(cell->band)];
         field = cell->span > 1 ? "\\multirow{" + std::to_string(cell->span) + "}{*}{" + escaped(cell->label) + "}" : escaped(cell->label);
       }
-      for (const Combination& column : cols) fields.push_back(escaped(view.table.Cell(view.layout.Coordinates(rows[r], column, layer))));
+      for (const Combination& column : cols) {
+        OmNumber scratch(0.0);
+        fields.push_back(escaped(view.table.ReadCell(view.layout.Coordinates(rows[r], column, layer), scratch)));
+      }
       out << Join(fields, " & ") << " \\\\\n";
     }
     out << "\\bottomrule\n\\end{tabular}\\par\\medskip\n";

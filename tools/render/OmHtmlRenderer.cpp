@@ -272,7 +272,8 @@ private:
             << Style(cell->label) << ">" << Decorated(cell->label) << "</th>";
       }
       for (const auto& column : columns) {
-        const OmCellText* cell = _table.Cell(_layout.Coordinates(rows[r], column, layer));
+        OmNumber scratch(0.0);  // a plain number is read without making its cell object
+        const OmCellText* cell = _table.ReadCell(_layout.Coordinates(rows[r], column, layer), scratch);
         const bool number = dynamic_cast<const OmNumber*>(cell) != nullptr;
         out << "<td" << (number ? " class=\"num\"" : "") << Style(cell) << ">" << Decorated(cell)
             << "</td>";

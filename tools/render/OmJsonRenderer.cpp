@@ -314,7 +314,6 @@ private:
     const std::size_t n = std::size_t(table.NDimensions());
     std::vector<int> previous, largest(n, 0);
     for (OmPivotTable::Iterator it = table.FirstCell(); !it.AtEnd(); ++it) {
-      if (it.Cell() == nullptr) continue;
       std::vector<int> coords = it.Coord();
       if (count++ > 0 && sorted && !(previous < coords)) sorted = false;
       for (std::size_t d = 0; d < n && d < coords.size(); ++d) largest[d] = std::max(largest[d], coords[d]);
@@ -342,19 +341,22 @@ private:
         out << (written++ == 0 ? "[\n" : ",\n") << inner;
         write(out, coords, cell, indent + 2);
       };
+      // Cells are read without making objects for plain numbers: each is written at once.
+      OmNumber scratch(0.0);
       if (sorted) {
         for (OmPivotTable::Iterator it = table.FirstCell(); !it.AtEnd(); ++it) {
-          if (it.Cell() != nullptr) item(it.Coord(), it.Cell());
+          item(it.Coord(), it.Read(scratch));
         }
       } else {
-        SortedCells(table, largest, item);
+        SortedCells(table, largest, scratch, item);
       }
       out << "\n" << std::string(indent, ' ') << "]";
     }});
   }
 
   template <class Item>
-  static void SortedCells(const OmPivotTable& table, const std::vector<int>& largest, Item item) {
+  static void SortedCells(const OmPivotTable& table, const std::vector<int>& largest, OmNumber& scratch,
+                          Item item) {
     std::vector<int> bits;
     int total = 0;
     for (int most : largest) {
@@ -362,34 +364,32 @@ private:
       total += bits.back();
     }
     if (total <= 64) {
-      std::vector<std::pair<std::uint64_t, const OmCellText*>> keyed;
+      // Positions, not cell pointers, are sorted: a plain number has no object to point to.
+      std::vector<std::pair<std::uint64_t, OmPivotTable::Iterator>> keyed;
       for (OmPivotTable::Iterator it = table.FirstCell(); !it.AtEnd(); ++it) {
-        if (it.Cell() == nullptr) continue;
         const std::vector<int> coords = it.Coord();
         std::uint64_t key = 0;
         for (std::size_t d = 0; d < bits.size(); ++d) {
           key = bits[d] == 0 ? key : (key << bits[d]) | std::uint64_t(d < coords.size() ? coords[d] : 0);
         }
-        keyed.emplace_back(key, it.Cell());
+        keyed.emplace_back(key, it);
       }
-      std::sort(keyed.begin(), keyed.end());
+      std::sort(keyed.begin(), keyed.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
       std::vector<int> coords(bits.size());
-      for (const auto& [key, cell] : keyed) {
+      for (const auto& [key, at] : keyed) {
         std::uint64_t rest = key;
         for (std::size_t d = bits.size(); d-- > 0;) {
           coords[d] = int(bits[d] == 0 ? 0 : rest & ((std::uint64_t(1) << bits[d]) - 1));
           rest = bits[d] == 0 ? rest : rest >> bits[d];
         }
-        item(coords, cell);
+        item(coords, at.Read(scratch));
       }
       return;
     }
-    std::vector<std::pair<std::vector<int>, const OmCellText*>> stored;
-    for (OmPivotTable::Iterator it = table.FirstCell(); !it.AtEnd(); ++it) {
-      if (it.Cell() != nullptr) stored.emplace_back(it.Coord(), it.Cell());
-    }
+    std::vector<std::pair<std::vector<int>, OmPivotTable::Iterator>> stored;
+    for (OmPivotTable::Iterator it = table.FirstCell(); !it.AtEnd(); ++it) stored.emplace_back(it.Coord(), it);
     std::sort(stored.begin(), stored.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
-    for (const auto& [coords, cell] : stored) item(coords, cell);
+    for (const auto& [coords, at] : stored) item(coords, at.Read(scratch));
   }
 
   const OmJsonRenderer::Options& _options;

@@ -304,7 +304,8 @@ private:
           Merge(sheet, col, cell->span - 1, col + lxw_col_t(cell->depth) - 1, Label(view, cell->label), _rowHeader);
         }
         for (std::size_t c = 0; c < columns.size(); ++c) {
-          Cell(sheet, first + lxw_col_t(c), view, table.Cell(layout.Coordinates(rows[r], columns[c], layer)));
+          OmNumber scratch(0.0);  // a plain number is read without making its cell object
+          Cell(sheet, first + lxw_col_t(c), view, table.ReadCell(layout.Coordinates(rows[r], columns[c], layer), scratch));
         }
       }
       ++sheet.row;

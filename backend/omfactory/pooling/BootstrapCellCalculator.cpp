@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "backend/omfactory/pooling/OmBootCalculator.h"
+#include "backend/omfactory/pooling/OmPoolingTools.h"
 #include "platform/errors/OMSException.h"
 #include "platform/outputmodel/OmNumber.h"
 
@@ -48,7 +49,8 @@ BootstrapResultWriter& BootstrapCellCalculator::Writer() { return *_my->_writer;
 void BootstrapCellCalculator::ComputeCell(const OmPivotTable::Coordinates& estimate,
                                           const OmPivotTable::Coordinates& stdError,
                                           bool zeroFill) {
-  if (dynamic_cast<const OmNumber*>(_my->_source->Cell(estimate)) == nullptr) return;
+  OmNumber scratch(0.0);
+  if (OmPoolingTools::ReadNumber(*_my->_source, estimate, scratch) == nullptr) return;
   if (!_my->_collector.Collect(estimate, stdError)) return;
   ComputeCollected(estimate, zeroFill);
 }

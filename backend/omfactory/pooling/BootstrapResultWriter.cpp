@@ -162,7 +162,8 @@ void BootstrapResultWriter::Write(const OmPivotTable::Coordinates& address, unsi
 
   // Results read in the statistic's own format.
   std::uint32_t format = kDefaultResultFormat;
-  if (const auto* statistic = dynamic_cast<const OmNumber*>(table.Cell(address))) {
+  OmNumber scratch(0.0);
+  if (const OmNumber* statistic = OmPoolingTools::ReadNumber(table, address, scratch)) {
     format = statistic->Format();
   }
   my.Store(address, my._bias, bias, format, {basedOn});

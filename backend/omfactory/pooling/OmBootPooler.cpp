@@ -29,7 +29,7 @@ bool NoOriginalSampleCell(const OmPivotTable& table, int d) {
   for (std::uint64_t i = 0; i < walk.Count(); ++i) {
     walk.Position(i, coords);
     coords[std::size_t(d)] = 0;
-    if (table.Cell(coords) != nullptr) return false;
+    if (table.HasCell(coords)) return false;
   }
   return true;
 }
@@ -37,7 +37,7 @@ bool NoOriginalSampleCell(const OmPivotTable& table, int d) {
 // A table that the bootstrap samples produced but the original sample did not.
 bool IsReplicateOnlyTable(const OmPivotTable& table) {
   const int n = table.NDimensions();
-  if (n > 0 && table.Cell(OmPivotTable::Coordinates(std::size_t(n), 0)) != nullptr) return false;
+  if (n > 0 && table.HasCell(OmPivotTable::Coordinates(std::size_t(n), 0))) return false;
   if (!table.Footnotes().empty()) return false;
   const int d = OmPoolingTools::FindBootstrapDim(table);
   return d >= 0 && NoOriginalSampleCell(table, d);

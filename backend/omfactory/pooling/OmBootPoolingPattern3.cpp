@@ -9,6 +9,7 @@
 #include "backend/omfactory/pooling/SliceIndex.h"
 #include "platform/bootspecs/SvrBootstrapSpecs.h"
 #include "platform/outputmodel/OmComposite.h"
+#include "platform/outputmodel/OmNumber.h"
 #include "platform/outputmodel/OmPivotTable.h"
 
 namespace {
@@ -157,6 +158,7 @@ bool OmBootPoolingPattern3::PoolWith(OmPivotTable& table, ListTree<OmOutputPart*
 
     const SliceIndex walk(table, {statDim, splitDim});
     OmPivotTable::Coordinates estimate;
+    OmNumber scratch(0.0);  // the original sample's plain numbers, read without objects
     OmPivotTable::Coordinates stdError;
     OmPivotTable::Coordinates mapped(std::size_t(target.NDimensions()), 0);
     for (std::uint64_t i = 0; i < walk.Count(); ++i) {
@@ -169,7 +171,7 @@ bool OmBootPoolingPattern3::PoolWith(OmPivotTable& table, ListTree<OmOutputPart*
       }
       const bool collected = collector.Collect(estimate, stdError);
       if (collected && secondLabel == kTestStatistic) collector.TestStatisticsToStdErrors();
-      const OmCellText* cell = table.Cell(estimate);
+      const OmCellText* cell = table.ReadCell(estimate, scratch);
       if (cell == nullptr) continue;
       for (int d = 0, m = 0; d < table.NDimensions(); ++d) {
         if (d == splitDim) continue;

@@ -25,6 +25,7 @@ bool OmMICellPoolingPattern0::Pool(OmPivotTable& table, OmOutputTree*) const {
   const int categories = table.Size(imputationDim);
   const SliceIndex walk(table, {imputationDim});
   OmPivotTable::Coordinates coords;
+  OmNumber scratch(0.0);
   for (std::uint64_t p = 0; p < walk.Count(); ++p) {
     walk.Position(p, coords);
     int visited = 0;
@@ -35,7 +36,7 @@ bool OmMICellPoolingPattern0::Pool(OmPivotTable& table, OmOutputTree*) const {
       if (i == original || i == pooled) continue;
       ++visited;
       coords[std::size_t(imputationDim)] = i;
-      const auto* cell = dynamic_cast<const OmNumber*>(table.Cell(coords));
+      const OmNumber* cell = OmPoolingTools::ReadNumber(table, coords, scratch);
       if (!cell || cell->IsSysMiss()) continue;
       sum += cell->Value();
       format = cell->Format();

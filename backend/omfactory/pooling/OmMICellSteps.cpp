@@ -62,8 +62,9 @@ void OmMICellSteps::At(OmPivotTable::Coordinates& coords, const Address& statist
   for (std::size_t j = 0; j < _statDims.size(); ++j) coords[std::size_t(_statDims[j])] = statistic[j];
 }
 
-const OmNumber* OmMICellSteps::NumberAt(const OmPivotTable::Coordinates& coords) const {
-  return dynamic_cast<const OmNumber*>(_table.Cell(coords));
+const OmNumber* OmMICellSteps::NumberAt(const OmPivotTable::Coordinates& coords,
+                                        OmNumber& scratch) const {
+  return OmPoolingTools::ReadNumber(_table, coords, scratch);
 }
 
 OmCellText* OmMICellSteps::Put(const OmPivotTable::Coordinates& coords, double value,
@@ -93,6 +94,9 @@ bool OmMICellSteps::Rubin(const RubinAddresses& a, const DiagnosticPlace& diagno
 
   MPParamContainer params;
   OmPivotTable::Coordinates coords;
+  // Each imputation's numbers are read without making cell objects: the estimate's stays in use
+  // while the others are read.
+  OmNumber estimateScratch(0.0), scratch(0.0);
   bool pooledAny = false;
   for (std::uint64_t p = 0; p < _walk.Count(); ++p) {
     _walk.Position(p, coords);
@@ -114,7 +118,7 @@ bool OmMICellSteps::Rubin(const RubinAddresses& a, const DiagnosticPlace& diagno
     for (int i = 0; i < lastImputation && error == 0; ++i) {
       if (!IsImputation(i)) continue;
       At(coords, a.estimate, i);
-      const OmNumber* estimate = NumberAt(coords);
+      const OmNumber* estimate = NumberAt(coords, estimateScratch);
       if (!estimate) continue;
       params.Estimates().clear();
       params.StandardErrors().clear();
@@ -122,20 +126,20 @@ bool OmMICellSteps::Rubin(const RubinAddresses& a, const DiagnosticPlace& diagno
       estimateFormat = estimate->Format();
       if (hasSE) {
         At(coords, a.standardError, i);
-        if (const OmNumber* se = NumberAt(coords)) {
+        if (const OmNumber* se = NumberAt(coords, scratch)) {
           params.StandardErrors().push_back(se->Value());
           seFormat = se->Format();
         }
       } else if (fromTest) {
         At(coords, a.test, i);
-        params.StandardErrors().push_back(std::fabs(estimate->Value() / NumberAt(coords)->Value()));
+        params.StandardErrors().push_back(std::fabs(estimate->Value() / NumberAt(coords, scratch)->Value()));
       }
       const std::pair<const Address*, std::uint32_t*> remembered[] = {
           {&a.df, &dfFormat}, {&a.test, &testFormat}, {&a.significance, &sigFormat}};
       for (const auto& [address, format] : remembered) {
         if (address->empty()) continue;
         At(coords, *address, i);
-        if (const OmNumber* cell = NumberAt(coords)) {
+        if (const OmNumber* cell = NumberAt(coords, scratch)) {
           *format = cell->Format();
           if (address == &a.df && std::isfinite(cell->Value()) && cell->Value() > 0.0) {
             dfSum += cell->Value();
@@ -225,14 +229,15 @@ bool OmMICellSteps::DerivableStdErrors(OmPivotTable::Coordinates& coords,
                                        const RubinAddresses& a) const {
   if (a.test.empty()) return false;
   const int lastImputation = _table.Size(_imputationDim) - 1;
+  OmNumber estimateScratch(0.0), scratch(0.0);
   bool any = false;
   for (int i = 0; i < lastImputation; ++i) {
     if (!IsImputation(i)) continue;
     At(coords, a.estimate, i);
-    const OmNumber* estimate = NumberAt(coords);
+    const OmNumber* estimate = NumberAt(coords, estimateScratch);
     if (!estimate) continue;
     At(coords, a.test, i);
-    const OmNumber* t = NumberAt(coords);
+    const OmNumber* t = NumberAt(coords, scratch);
     if (!t || t->IsSysMiss() || !std::isfinite(t->Value()) || t->Value() == 0.0 ||
         estimate->IsSysMiss()) {
       return false;
@@ -246,6 +251,7 @@ bool OmMICellSteps::Average(const Address& statistic) {
   if (statistic.empty() || _m < 1) return false;
   const int lastImputation = _table.Size(_imputationDim) - 1;
   OmPivotTable::Coordinates coords;
+  OmNumber scratch(0.0);
   bool wrote = false;
   for (std::uint64_t p = 0; p < _walk.Count(); ++p) {
     _walk.Position(p, coords);
@@ -255,7 +261,7 @@ bool OmMICellSteps::Average(const Address& statistic) {
     for (int i = 0; i < lastImputation; ++i) {
       if (!IsImputation(i)) continue;
       At(coords, statistic, i);
-      const OmNumber* cell = NumberAt(coords);
+      const OmNumber* cell = NumberAt(coords, scratch);
       if (!cell || cell->IsSysMiss()) continue;
       sum += cell->Value();
       format = cell->Format();

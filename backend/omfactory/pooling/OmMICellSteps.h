@@ -59,7 +59,7 @@ public:
   // standard error. coords is used as scratch.
   bool DerivableStdErrors(OmPivotTable::Coordinates& coords, const RubinAddresses& a) const;
   // The number cell at coords, or null.
-  const OmNumber* NumberAt(const OmPivotTable::Coordinates& coords) const;
+  const OmNumber* NumberAt(const OmPivotTable::Coordinates& coords, OmNumber& scratch) const;
   // Stores a number cell; the stored cell, or null when the table refused it.
   OmCellText* Put(const OmPivotTable::Coordinates& coords, double value, std::uint32_t format);
 

@@ -190,12 +190,13 @@ void OmMIColumnPoolingPattern::PoolCombination(OmPivotTable& table, Context& c) 
   // Terms check: which terms each imputation's model has; they must not change.
   std::vector<char> reference;
   bool first = true;
+  OmNumber scratch(0.0);
   const int categories = table.Size(c.imputationDim);
   for (int i = 0; i < categories; ++i) {
     if (!c.IsImputation(i)) continue;
     std::vector<char> presence(c.terms.size(), 0);
     for (std::size_t t = 0; t < c.terms.size(); ++t) {
-      const auto* cell = dynamic_cast<const OmNumber*>(table.Cell(c.Cell(*c.key, c.terms[t], i)));
+      const OmNumber* cell = OmPoolingTools::ReadNumber(table, c.Cell(*c.key, c.terms[t], i), scratch);
       presence[t] = cell != nullptr && !cell->IsSysMiss();
     }
     if (first) {
@@ -237,9 +238,12 @@ long OmMIColumnPoolingPattern::ReadImputations(OmPivotTable& table, Context& c) 
   const bool hasSE = c.standardError.Has();
   c.params.SetCount(hasSE ? MPParamContainer::kWithStandardErrors : MPParamContainer::kEstimatesOnly);
   if (!c.key) throw OMSException("MIColumnPoolingPattern::GetImpValues -- keyCatNum == -1");
-  auto number = [&table, &c](Column& column, int term, int i) -> const OmNumber* {
+  // Numbers are read without making cell objects; the estimate's scratch stays apart from the
+  // one that the other columns share.
+  OmNumber keyScratch(0.0), scratch(0.0);
+  auto number = [&table, &c](Column& column, int term, int i, OmNumber& into) -> const OmNumber* {
     if (!column.Has()) return nullptr;
-    const auto* cell = dynamic_cast<const OmNumber*>(table.Cell(c.Cell(column, term, i)));
+    const OmNumber* cell = OmPoolingTools::ReadNumber(table, c.Cell(column, term, i), into);
     if (cell) column.format = cell->Format();
     return cell;
   };
@@ -256,24 +260,24 @@ long OmMIColumnPoolingPattern::ReadImputations(OmPivotTable& table, Context& c) 
     std::vector<char> marks;
     for (std::size_t t = 0; t < c.terms.size(); ++t) {
       const int term = c.terms[t];
-      const OmNumber* key = c.inModel[t] ? number(*c.key, term, i) : nullptr;
+      const OmNumber* key = c.inModel[t] ? number(*c.key, term, i, keyScratch) : nullptr;
       if (key && !key->IsSysMiss()) {
         estimates.push_back(key->Value());
         if (hasSE && errors.size() + 1 == estimates.size()) {
-          const OmNumber* se = number(c.standardError, term, i);
+          const OmNumber* se = number(c.standardError, term, i, scratch);
           errors.push_back(se ? se->Value() : kSysMiss);
         }
-        for (Column* column : remembered) number(*column, term, i);
+        for (Column* column : remembered) number(*column, term, i, scratch);
         if (firstRead) {
-          const OmNumber* df = number(c.df, term, i);
+          const OmNumber* df = number(c.df, term, i, scratch);
           c.ownDf.push_back(df ? df->Value() : kSysMiss);
-          if (c.ownDf.size() == 1) c.firstExpBMissing = c.expB.Has() && number(c.expB, term, i) == nullptr;
+          if (c.ownDf.size() == 1) c.firstExpBMissing = c.expB.Has() && number(c.expB, term, i, scratch) == nullptr;
         } else {
-          number(c.df, term, i);
+          number(c.df, term, i, scratch);
         }
       }
       if (c.redundancyNote >= 0) {
-        const OmCellText* cell = table.Cell(c.Cell(*c.key, term, i));
+        const OmCellText* cell = table.ReadCell(c.Cell(*c.key, term, i), scratch);
         marks.push_back(!(cell && HasFootnote(*cell, c.redundancyNote)));
       }
     }
@@ -292,11 +296,12 @@ long OmMIColumnPoolingPattern::ReadImputations(OmPivotTable& table, Context& c) 
 bool OmMIColumnPoolingPattern::HasStandardErrors(const OmPivotTable& table, Context& c, int term) const {
   if (!c.standardError.Has()) return true;
   const int categories = table.Size(c.imputationDim);
+  OmNumber scratch(0.0);
   for (int i = 0; i < categories; ++i) {
     if (!c.IsImputation(i)) continue;
-    const auto* key = dynamic_cast<const OmNumber*>(table.Cell(c.Cell(*c.key, term, i)));
+    const OmNumber* key = OmPoolingTools::ReadNumber(table, c.Cell(*c.key, term, i), scratch);
     if (!key || key->IsSysMiss()) continue;
-    const auto* se = dynamic_cast<const OmNumber*>(table.Cell(c.Cell(c.standardError, term, i)));
+    const OmNumber* se = OmPoolingTools::ReadNumber(table, c.Cell(c.standardError, term, i), scratch);
     if (!se || se->IsSysMiss()) return false;
   }
   return true;

@@ -78,6 +78,13 @@ int SplitInParts(const OmComposite::Part& part) {
 
 }  // namespace
 
+const OmNumber* OmPoolingTools::ReadNumber(const OmPivotTable& table,
+                                           const OmPivotTable::Coordinates& coords,
+                                           OmNumber& scratch) {
+  const OmCellText* cell = table.ReadCell(coords, scratch);
+  return cell == &scratch ? &scratch : dynamic_cast<const OmNumber*>(cell);
+}
+
 int OmPoolingTools::FindImputationDim(const OmPivotTable& table) {
   for (int d = 0; d < table.NDimensions(); ++d) {
     const auto* variable = dynamic_cast<const OmVariable*>(table.Dimension(d).Label());

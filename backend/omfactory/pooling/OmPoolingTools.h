@@ -13,6 +13,7 @@
 #include "platform/outputmodel/OmPivotTable.h"
 
 class OmCellText;
+class OmNumber;
 
 class OmPoolingTools {
 public:
@@ -80,6 +81,15 @@ public:
   // The category labelled labelText anywhere in the dimension, added under the root when absent.
   static int AddCategory(OmDimension& dimension, const std::string& labelText);
   static int AddCategory(OmPivotTable& table, int dim, const std::string& labelText);
+
+  // --- Cells.
+
+  // The number at coords for reading, or null when the cell there is none or not a number: the
+  // stored object, or scratch holding a plain number that the table keeps without one (valid
+  // until scratch is used again). Readers use it instead of Cell(), which would make and keep an
+  // object for every number it is asked for.
+  static const OmNumber* ReadNumber(const OmPivotTable& table, const OmPivotTable::Coordinates& coords,
+                                    OmNumber& scratch);
 
   // --- Footnotes.
 

@@ -3,16 +3,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "backend/omfactory/pooling/OmPoolingTools.h"
 #include "platform/errors/OMSException.h"
 #include "platform/outputmodel/OmNumber.h"
-
-namespace {
-
-const OmNumber* NumberAt(const OmPivotTable& table, const OmPivotTable::Coordinates& address) {
-  return dynamic_cast<const OmNumber*>(table.Cell(address));
-}
-
-}  // namespace
 
 ReplicateCollector::ReplicateCollector(const OmPivotTable& table, int splitDim,
                                        unsigned sampleCount,
@@ -73,7 +66,8 @@ bool ReplicateCollector::Collect(const OmPivotTable::Coordinates& estimate,
   _jackknifeStart = _jackknifeEnd = 0;
   _jackknifeComplete = _jackknifeCount == 0;
 
-  const OmNumber* original = NumberAt(*_table, estimate);
+  OmNumber scratch(0.0);
+  const OmNumber* original = OmPoolingTools::ReadNumber(*_table, estimate, scratch);
   if (!original) return false;
   if (!stdError.empty() && stdError.size() != estimate.size()) {
     throw OMSException("ReplicateCollector::Collect -- stdError.size() == estimate.size()",
@@ -83,7 +77,8 @@ bool ReplicateCollector::Collect(const OmPivotTable::Coordinates& estimate,
   const std::vector<bool>& mask = ReplicateMask(estimate);
   _estimate = original->Value();
   if (!stdError.empty()) {
-    if (const OmNumber* se = NumberAt(*_table, stdError)) _estimateStdError = se->Value();
+    const OmNumber* se = OmPoolingTools::ReadNumber(*_table, stdError, scratch);
+    if (se) _estimateStdError = se->Value();
   }
 
   const ReplicateValues::Row row = values.Find(estimate);
@@ -179,7 +174,8 @@ const std::vector<bool>& ReplicateCollector::ReplicateMask(const OmPivotTable::C
 bool ReplicateCollector::Matches(OmPivotTable::Coordinates& address, std::size_t r, int k) const {
   if (r == _requiredDims.size()) {
     address[std::size_t(_splitDim)] = 0;
-    const OmCellText* original = _table->Cell(address);
+    OmNumber scratch(0.0);
+    const OmCellText* original = _table->ReadCell(address, scratch);
     double value = 0.0;
     const ReplicateValues::Held replicate = _values->At(address, k, &value);
     if ((original == nullptr) != (replicate == ReplicateValues::Held::kNothing)) return false;

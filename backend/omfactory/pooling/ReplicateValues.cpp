@@ -1,7 +1,6 @@
 #include "backend/omfactory/pooling/ReplicateValues.h"
 
 #include <algorithm>
-#include <typeinfo>
 
 #include "platform/errors/OMSException.h"
 #include "platform/outputmodel/OmNumber.h"
@@ -38,37 +37,34 @@ bool ReplicateValues::Gather(const OmPivotTable& table, std::size_t width, int* 
   *highest = 0;
   bool fits = true;
   const std::size_t split = std::size_t(_splitDim);
-  OmPivotTable::Coordinates coords;
-  OmNumber scratch(0);  // holds a number the table keeps without an object, while it is read
   std::uint32_t row = kNone;
-  for (OmPivotTable::Iterator it = table.FirstCell(); !it.AtEnd(); ++it) {
-    it.Coord(coords);
+  table.ReadCells([&](const OmPivotTable::CellView& cell) {
+    const int* coords = cell.coords;
     const int k = coords[split];
-    if (k <= 0) continue;
+    if (k <= 0) return;
     if (std::size_t(k) >= width) {
       fits = false;
       *highest = std::max(*highest, k);
-      continue;
+      return;
     }
     // Cells come in storage order, which is mostly coordinate order: a statistic's samples
     // follow one another when the split dimension is the fastest.
-    if (row == kNone || !SameKey(row, coords.data())) {
-      const std::uint64_t hash = HashOf(coords.data());
-      row = Lookup(coords.data(), hash);
-      if (row == kNone) row = AddRow(coords.data(), hash);
+    if (row == kNone || !SameKey(row, coords)) {
+      const std::uint64_t hash = HashOf(coords);
+      row = Lookup(coords, hash);
+      if (row == kNone) row = AddRow(coords, hash);
     }
     const std::size_t at = std::size_t(row) * width + std::size_t(k);
-    const OmCellText* cell = it.Read(scratch);
-    // Nearly every sample cell is a plain number: the type check then spares the cast's search.
-    const auto* number = typeid(*cell) == typeid(OmNumber) ? static_cast<const OmNumber*>(cell)
-                                                           : dynamic_cast<const OmNumber*>(cell);
-    if (number != nullptr) {
+    if (cell.object == nullptr) {  // nearly every sample: a plain number kept as such
+      _held[at] = Held::kNumber;
+      _values[at] = cell.number;
+    } else if (const auto* number = dynamic_cast<const OmNumber*>(cell.object)) {
       _held[at] = Held::kNumber;
       _values[at] = number->Value();
     } else {
       _held[at] = Held::kText;
     }
-  }
+  });
   return fits;
 }
 

@@ -108,6 +108,19 @@ TEST(OmPivotTable, PlainNumbersReadBackThroughEveryAccessor) {
     EXPECT_EQ(read->Text(), t.ReadCell(it.Coord(), scratch)->Text());
   }
   EXPECT_EQ(seen, kRows + 1);
+  // ReadCells hands over the same cells in the same order, a kept number as its value.
+  auto it = t.FirstCell();
+  t.ReadCells([&](const OmPivotTable::CellView& cell) {
+    ASSERT_FALSE(it.AtEnd());
+    EXPECT_EQ(std::vector<int>(cell.coords, cell.coords + 2), it.Coord());
+    EXPECT_EQ(cell.object, it.Object());
+    const OmCellText* read = it.Read(scratch);
+    if (cell.object == nullptr) {
+      EXPECT_EQ(cell.number, static_cast<const OmNumber*>(read)->Value());
+    }
+    ++it;
+  });
+  EXPECT_TRUE(it.AtEnd());
   EXPECT_GE(objects, 1 + kRows - 254);
   EXPECT_LT(objects, kRows / 2);
   // A pointer makes the object, which keeps later decorations and is the one found after.
