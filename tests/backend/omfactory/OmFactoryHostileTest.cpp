@@ -81,11 +81,12 @@ TEST_F(HostileMessages, AnyNonNegativeCellIdWorksAndOnlyANegativeOneIsRefused) {
   EXPECT_EQ(LastError(), Dispatch("IPC_DISCARD_CELL cell id out of range"));
 }
 
-// A procedure that gets a table's structure wrong meets the server's own numbered errors.
-TEST_F(HostileMessages, TableStructureErrorsAreNumberedServerErrors) {
+// A procedure that gets a table's structure wrong meets the server's own numbered errors; codes
+// the factory does not implement fail as such.
+TEST_F(HostileMessages, TableStructureErrorsAndUnimplementedCodesFailThatProcedureOnly) {
   const struct {
     std::function<void()> send;
-    const char* error;
+    std::string error;
   } cases[] = {
       {[this] { writer.EndTable(2); },
        "Server error 101 of omerrors.err: The procedure ended a table that was never begun."},
@@ -99,6 +100,8 @@ TEST_F(HostileMessages, TableStructureErrorsAreNumberedServerErrors) {
          writer.Bold();
        },
        "Server error 103 of omerrors.err: The procedure styled or annotated the current category while no category was current."},
+      {[this] { writer.RequiredTable(1, 2); }, Dispatch("IPC_REQUIRED_TABLE not implemented")},
+      {[this] { writer.ScratchCategory(1, 2); }, Dispatch("IPC_SCRATCH_CATEGORY not implemented")},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.error);

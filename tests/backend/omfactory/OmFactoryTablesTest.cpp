@@ -90,20 +90,6 @@ TEST_P(TableMessages, AnnotationsReachTablesAndHeadings) {
   EXPECT_EQ(table.Cell({0})->Footnotes().size(), 1u);
 }
 
-TEST_P(TableMessages, UnimplementedCodesFailInsideAProcedure) {
-  BeginProcedure();
-  writer.RequiredTable(1, 2);
-  Feed();
-  ASSERT_NE(factory->LastRecoveredError(), nullptr);
-  EXPECT_EQ(factory->LastRecoveredError()->Message(),
-            "OmFactory::Data::ProcessMessage() -- IPC_REQUIRED_TABLE not implemented");
-  BeginProcedure(2);
-  writer.ScratchCategory(1, 2);
-  Feed();
-  EXPECT_EQ(factory->LastRecoveredError()->Message(),
-            "OmFactory::Data::ProcessMessage() -- IPC_SCRATCH_CATEGORY not implemented");
-}
-
 OM_BOTH_ORDERS(TableMessages);
 
 // OMS selection and the viewer: messages that are dropped without error.

@@ -1,5 +1,6 @@
 #include "backend/omsopmgr/OMSObjectSelector.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "platform/errors/OMSException.h"
@@ -40,11 +41,7 @@ TEST(OMSObjectSelector, LastAloneSelectsNoNumber) {
 }
 
 TEST(OMSObjectSelector, EmptyTagViolatesThePrecondition) {
-  try {
-    OMSObjectSelector().SetOMSTag("");
-    FAIL() << "no exception";
-  } catch (const OMSException& e) {
-    EXPECT_EQ(e.Message(), "backend/omsopmgr/OMSObjectSelector: tag.length() > 0");
-  }
+  EXPECT_THAT([] { OMSObjectSelector().SetOMSTag(""); },
+              testing::ThrowsMessage<OMSException>(testing::HasSubstr("backend/omsopmgr/OMSObjectSelector: tag.length() > 0")));
 }
 

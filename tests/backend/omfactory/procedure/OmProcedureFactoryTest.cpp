@@ -2,6 +2,7 @@
 // nothing-to-show rule, pooling before instances are counted, bootstrap settings, building
 // after the end).
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -192,12 +193,8 @@ TEST_F(ProcedureFactoryTest, AnnotateHeadingAtTheRootThrowsBadCast) {
 TEST_F(ProcedureFactoryTest, SplitSetterOnATableWithoutBuilderFails) {
   OmPivotTable table(Text("T"), Text("S"), true);
   OmProcedureFactory::TableSplitSetter setter(Text("Gender"), Text("Female"), false);
-  try {
-    table.Accept(setter);
-    FAIL() << "no exception";
-  } catch (const OMSException& e) {
-    EXPECT_EQ(e.Message(), "TableSplitSetter::Visit -- hint doesn't exist");
-  }
+  EXPECT_THAT([&] { table.Accept(setter); },
+              testing::ThrowsMessage<OMSException>(testing::HasSubstr("TableSplitSetter::Visit -- hint doesn't exist")));
 }
 
 TEST_F(ProcedureFactoryTest, BuildingAfterTheEndOfTheProcedureFails) {
