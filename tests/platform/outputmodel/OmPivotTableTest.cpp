@@ -161,6 +161,10 @@ TEST(OmPivotTable, EqualFootnotesAreStoredOnce) {
   EXPECT_EQ(t.Footnote(OmFootnote(S("Lower bound"), &star)), 2);
   ASSERT_EQ(t.Footnotes().size(), 4u);
   EXPECT_EQ(t.Footnotes()[2].Marker()->Text(), "*");
+  // Equality itself, as a hash collision would ask it: text first, then a marker on both or neither.
+  EXPECT_FALSE(OmFootnote(S("a")) == OmFootnote(S("b")));
+  EXPECT_FALSE(OmFootnote(S("a")) == OmFootnote(S("a"), &star));
+  EXPECT_FALSE(OmFootnote(S("a"), &star) == OmFootnote(S("a")));
   t.FootnoteAt(0).AddReference();
   t.FootnoteAt(0).AddReference();
   EXPECT_EQ(t.Footnotes()[0].RefCount(), 2);
