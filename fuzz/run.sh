@@ -80,7 +80,7 @@ for target in "${targets[@]}"; do
        "$corpus" "fuzz/corpus/$target" "$work/seeds/$target" >"$log" 2>&1; then
     runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -1)
     rate=$(sed -n 's/^stat::average_exec_per_sec: *//p' "$log" | tail -1)
-    cov=$(grep -o 'cov: [0-9]* ft: [0-9]*' "$log" | tail -1 || true)
+    cov=$(grep -ao 'cov: [0-9]* ft: [0-9]*' "$log" | tail -1 || true)
     echo "fuzz $target: ${runs:-?} executions in ${seconds} s, ${rate:-?} exec/s, ${cov:-cov: ?}, no failure"
   else
     echo "fuzz $target: FAILED (log $log, inputs in $work/artifacts/)"
