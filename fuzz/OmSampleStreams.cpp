@@ -107,6 +107,28 @@ void OmSampleStreams::Descriptives(OmStreamWriter& w, std::int64_t id) {
   w.EndProcedure();
 }
 
+void OmSampleStreams::Small(OmStreamWriter& w, std::int64_t id) {
+  w.BeginProcedure(id, Settings("Check"));
+  w.String(1, "Check", 0);
+  w.BeginNode(1);
+  w.String(2, "Counts", 0);
+  Label(w, 3, "Counts");
+  w.BeginTable(1, 2, 3);
+  Label(w, 4, "Statistics");
+  w.CellDimension(1, 4);
+  w.Integer(5, 20, kCount);
+  Label(w, 6, "N");
+  w.Cell(1, 5, 6);
+  Label(w, 7, "Listwise");
+  w.Annotate(1, 7);
+  w.EndTable(1);
+  w.EndNode();
+  w.String(8, "Notes", 0);
+  w.BeginTextBlock(8);
+  w.PrintLine(1, "Check ran.");
+  w.EndProcedure();
+}
+
 void OmSampleStreams::Frequencies(OmStreamWriter& w, std::int64_t id) {
   w.BeginProcedure(id, Settings("Frequencies"));
   w.String(1, "Frequencies", 0);

@@ -29,6 +29,10 @@ public:
   // Procedure "Descriptives": a heading, a table of 2 x 2 numbers with a footnote, a marker, a
   // corner text and placed dimensions, then a text block of printed lines.
   static void Descriptives(OmStreamWriter& w, std::int64_t id);
+  // Procedure "Check": a heading holding a table of one cell with a footnote, then a text block of
+  // one line: the least whole procedure with each kind of part that a session keeps, for the
+  // checks that every fuzz execution runs.
+  static void Small(OmStreamWriter& w, std::int64_t id);
   // Procedure "Frequencies": groups, composites with repeat lists, variables and data values,
   // copies and discards, sorting marks, styles, table properties and a split category.
   static void Frequencies(OmStreamWriter& w, std::int64_t id);

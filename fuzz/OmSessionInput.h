@@ -22,6 +22,7 @@ public:
     kDestViewer = 2,     // output goes to the viewer (the fast-table rule applies)
     kDeclineOutput = 4,  // the observer does not take the procedures
     kEarlierOutput = 8,  // a whole procedure comes first, and must come through the input intact
+                         // (on the inputs sampled for the next procedure)
   };
 
   static constexpr std::uint8_t kRawCode = 0xFF;

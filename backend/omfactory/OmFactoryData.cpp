@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <memory>
+#include <mutex>
 #include <new>
 #include <typeinfo>
 
@@ -64,6 +66,27 @@ int TruncatedInt(double value) {
   if (value >= 2147483647.0) return 2147483647;
   if (value <= -2147483648.0) return -2147483647 - 1;
   return int(value);
+}
+
+// A tracker is immutable once made and safe to share between threads, and making one (an ICU
+// locale and its collator) cost more than a small procedure: sessions share them through this
+// cache. It keeps the first kSharedTrackers (unicode, locale) pairs asked for; past that a hostile
+// stream naming ever new locales gets trackers of its own, which live as long as its session.
+std::shared_ptr<icuTracker> SharedTracker(bool unicode, const std::string& locale) {
+  constexpr std::size_t kSharedTrackers = 64;
+  static std::mutex mutex;
+  static std::vector<std::shared_ptr<icuTracker>> shared;
+  {
+    const std::lock_guard lock(mutex);
+    for (const auto& made : shared) {
+      if (made->IsUnicode() == unicode && made->LocaleName() == locale) return made;
+    }
+  }
+  // Made outside the lock: it may throw, and another thread may make the same one meanwhile.
+  auto made = std::make_shared<icuTracker>(unicode, locale);
+  const std::lock_guard lock(mutex);
+  if (shared.size() < kSharedTrackers) shared.push_back(made);
+  return made;
 }
 
 }  // namespace
@@ -242,7 +265,7 @@ icuTracker* OmFactory::Data::Tracker(bool unicode, const std::string& locale) {
   for (const auto& made : _trackers) {
     if (made->IsUnicode() == unicode && made->LocaleName() == locale) return made.get();
   }
-  _trackers.push_back(std::make_unique<icuTracker>(unicode, locale));
+  _trackers.push_back(SharedTracker(unicode, locale));
   return _trackers.back().get();
 }
 

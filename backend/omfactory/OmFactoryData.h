@@ -112,7 +112,8 @@ struct OmFactory::Data {
   OmComposite& CurrentComposite(OmPayload& payload);
 
   // Trackers are kept for the session's life: cells already in the output tree refer to them.
-  std::vector<std::unique_ptr<icuTracker>> _trackers;
+  // Most come from a process-wide cache shared by all sessions (see Tracker).
+  std::vector<std::shared_ptr<icuTracker>> _trackers;
   icuTracker* _tracker = nullptr;
 
   OmOutputTree* _outputTree;

@@ -26,7 +26,7 @@ void OmFactorySelector::Reset() {
 
 void OmFactorySelector::Visit(OmPivotTable& table) {
   Decide(table.IsWarnings() ? OMSObjectSelector::kWarnings : OMSObjectSelector::kTables,
-         table.TemplateName().Text(), TranslatedLabel(table.Label()), table);
+         &table.TemplateName(), table.Label(), table);
 }
 
 void OmFactorySelector::Visit(OmProcedure& procedure) {
@@ -35,32 +35,32 @@ void OmFactorySelector::Visit(OmProcedure& procedure) {
 }
 
 void OmFactorySelector::Visit(OmHeading& heading) {
-  Decide(OMSObjectSelector::kHeadings, "", TranslatedLabel(heading.Label()), heading);
+  Decide(OMSObjectSelector::kHeadings, nullptr, heading.Label(), heading);
 }
 
 void OmFactorySelector::Visit(OmTextBlock& text) {
-  Decide(text.IsLog() ? OMSObjectSelector::kLogs : OMSObjectSelector::kTexts, "",
-         TranslatedLabel(text.Label()), text);
+  Decide(text.IsLog() ? OMSObjectSelector::kLogs : OMSObjectSelector::kTexts, nullptr,
+         text.Label(), text);
 }
 
 void OmFactorySelector::Visit(OmPageTitle& title) {
-  Decide(OMSObjectSelector::kPageTitles, "", TranslatedLabel(title.Label()), title);
+  Decide(OMSObjectSelector::kPageTitles, nullptr, title.Label(), title);
 }
 
 void OmFactorySelector::Visit(OmChart& chart) {
-  Decide(OMSObjectSelector::kCharts, "", TranslatedLabel(chart.Label()), chart);
+  Decide(OMSObjectSelector::kCharts, nullptr, chart.Label(), chart);
 }
 
 void OmFactorySelector::Visit(OmAnswerTree& tree) {
-  Decide(OMSObjectSelector::kTrees, "", TranslatedLabel(tree.Label()), tree);
+  Decide(OMSObjectSelector::kTrees, nullptr, tree.Label(), tree);
 }
 
 void OmFactorySelector::Visit(OmModel& model) {
-  Decide(OMSObjectSelector::kModels, "", TranslatedLabel(model.Label()), model);
+  Decide(OMSObjectSelector::kModels, nullptr, model.Label(), model);
 }
 
 void OmFactorySelector::Visit(OmInteractive& interactive) {
-  Decide(OMSObjectSelector::kModels, "", TranslatedLabel(interactive.Label()), interactive);
+  Decide(OMSObjectSelector::kModels, nullptr, interactive.Label(), interactive);
 }
 
 std::string OmFactorySelector::TranslatedLabel(const OmCellText* label) const {
@@ -72,8 +72,8 @@ std::string OmFactorySelector::TranslatedLabel(const OmCellText* label) const {
   return copy->Text();
 }
 
-void OmFactorySelector::Decide(short type, const std::string& subtype, const std::string& label,
-                               OmOutputPart& part) {
+void OmFactorySelector::Decide(short type, const OmCellText* subtypeCell,
+                               const OmCellText* labelCell, OmOutputPart& part) {
   const std::vector<OMSObjectSelector>& requests = *_requests;
   if (requests.empty()) {
     part._keep = 1;
@@ -83,6 +83,8 @@ void OmFactorySelector::Decide(short type, const std::string& subtype, const std
     throw OMSException("OmFactorySelector::Decide -- instances.size() == requests.size()",
                        double(_instances.size()), double(requests.size()));
   }
+  const std::string subtype = subtypeCell != nullptr ? subtypeCell->Text() : std::string();
+  const std::string label = TranslatedLabel(labelCell);
 
   const bool notes =
       NuvaroMBstricmp_A(subtype, "NOTES") == 0 && NuvaroMBstricmp_A(label, "NOTES") == 0;

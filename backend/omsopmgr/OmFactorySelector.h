@@ -49,9 +49,11 @@ public:
 private:
   // The label's text after translation, taken from a copy so the object's label stays as it is.
   std::string TranslatedLabel(const OmCellText* label) const;
-  // Sets part's keep flag from the requests and counts it for the request that keeps it.
-  void Decide(short type, const std::string& subtype, const std::string& label,
-              OmOutputPart& part);
+  // Sets part's keep flag from the requests and counts it for the request that keeps it. The
+  // subtype (null: none) and label are made into text only when there are requests to match:
+  // a session without any keeps everything, and translating a label copy for every object and
+  // log line cost it more than building the object.
+  void Decide(short type, const OmCellText* subtype, const OmCellText* label, OmOutputPart& part);
 
   const std::vector<OMSObjectSelector>* _requests;
   std::string _command;

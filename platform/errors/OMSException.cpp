@@ -1,13 +1,25 @@
 #include "platform/errors/OMSException.h"
 
-#include <sstream>
+#include <cstdio>
 #include <utility>
 
 namespace {
+// The values as a stream prints a double by default ("%g", 6 significant digits). Formatted
+// without a stream: a hostile input can make every message fail, and a stream's construction
+// cost more than the rest of the failure.
+void AppendValue(std::string& text, double value) {
+  char digits[32];  // "%g" writes at most 13 characters ("-1.79769e+308")
+  const int n = std::snprintf(digits, sizeof digits, "%g", value);
+  if (n > 0) text.append(digits, std::size_t(n));
+}
+
 std::string Compose(const std::string& message, double v1, double v2) {
-  std::ostringstream out;
-  out << message << ", value 1 == " << v1 << ", value 2 == " << v2;
-  return out.str();
+  std::string text = message;
+  text += ", value 1 == ";
+  AppendValue(text, v1);
+  text += ", value 2 == ";
+  AppendValue(text, v2);
+  return text;
 }
 }  // namespace
 

@@ -92,10 +92,12 @@ void PathFactory::ResetFolder() {
   _my->_folder = kDefaultFolder;
 }
 
-std::string PathFactory::InstalledStringTables() {
+namespace {
+
+std::string FindInstalledStringTables() {
   namespace fs = std::filesystem;
   Dl_info info{};
-  if (dladdr(reinterpret_cast<void*>(&PathFactory::InstalledStringTables), &info) == 0 ||
+  if (dladdr(reinterpret_cast<void*>(&FindInstalledStringTables), &info) == 0 ||
       info.dli_fname == nullptr) {
     return std::string();
   }
@@ -110,4 +112,14 @@ std::string PathFactory::InstalledStringTables() {
     if (fs::is_directory(tables / "lang", ec)) return tables.string();
   }
   return std::string();
+}
+
+}  // namespace
+
+std::string PathFactory::InstalledStringTables() {
+  // Looked up once per process: the code running this does not move, and the lookup (the
+  // loader's table, a canonical path, directory probes) cost more than the rest of a session's
+  // construction.
+  static const std::string installed = FindInstalledStringTables();
+  return installed;
 }

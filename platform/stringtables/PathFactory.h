@@ -28,6 +28,7 @@ public:
   // the <prefix>/lib, <prefix>/lib/<multiarch> or <prefix>/bin that holds the code running this,
   // when it has a lang/ folder;
   // "" otherwise (a build tree, or tables not installed). A session given no location uses it.
+  // Found on the first call; tables installed while the process runs are not seen.
   static std::string InstalledStringTables();
 
   // Sets the string-table root for the whole process; "" returns to following the host's path.

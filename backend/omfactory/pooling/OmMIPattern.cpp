@@ -3,7 +3,9 @@
 #include "platform/outputmodel/OmPivotTable.h"
 
 OmMIPattern::OmMIPattern(const std::string& procedureName, const std::string& templateName)
-    : _procedureName(procedureName, true), _templateName(templateName, true) {}
+    : _procedureName(procedureName, true),
+      _templateName(templateName, true),
+      _procedureHash(_procedureName.Hash()) {}
 
 OmMIPattern::~OmMIPattern() = default;
 

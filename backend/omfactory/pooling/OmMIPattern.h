@@ -3,6 +3,7 @@
 // pooler (OmMIPooler) keeps those of its procedure and lets each table that matches be pooled.
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 #include "platform/outputmodel/OmStringCell.h"
@@ -21,6 +22,9 @@ public:
 
   // The procedure node's label equals the pattern's procedure name (same cell type, same text).
   virtual bool MatchesProcedure(const OmCellText& procedureName) const;
+  // The hash of the procedure name: a label whose Hash differs does not match. Every procedure
+  // is checked against every pattern, and comparing hashes first saves most of the comparisons.
+  std::size_t ProcedureHash() const { return _procedureHash; }
   // The table is one this pattern pools (template name, and the kind's own dimension tests).
   virtual bool MatchesTable(const OmPivotTable& table) const = 0;
   // Adds pooled results to table. state is the procedure's output tree, handed on by the pooler
@@ -38,4 +42,5 @@ protected:
 private:
   OmStringCell _procedureName;
   OmStringCell _templateName;
+  std::size_t _procedureHash;
 };

@@ -37,8 +37,11 @@ OmMIPooler::OmMIPooler(const OmCellText* procedureName, OmOutputTree* state, boo
                        bool observed, bool imputed, bool /*diagnostics*/)
     : _my(std::make_unique<Data>(Data{procedureName, state, {}, pooled, observed, imputed})) {
   if (!procedureName) return;  // an unnamed procedure matches no pattern
+  const std::size_t hash = procedureName->Hash();
   for (const OmMIPattern* pattern : MIPoolingPatterns()) {
-    if (pattern->MatchesProcedure(*procedureName)) _my->patterns.push_back(pattern);
+    if (pattern->ProcedureHash() == hash && pattern->MatchesProcedure(*procedureName)) {
+      _my->patterns.push_back(pattern);
+    }
   }
 }
 
