@@ -23,13 +23,6 @@ protected:
   }
 };
 
-// The label text of dimension d's root (path empty) or of the node reached by child indices.
-std::string LabelAt(OmPivotTable& table, int d, std::initializer_list<std::size_t> path = {}) {
-  const OmDimensionNode* node = &table.Dimension(d).Root();
-  for (std::size_t i : path) node = node->Child(i);
-  return node->Label()->Text();
-}
-
 // The data of the last content item of that name, or "(none)".
 std::string ContentOf(const OmContentList& contents, const std::string& name) {
   const std::string* data = contents.Find(name);

@@ -235,13 +235,11 @@ TEST_F(Recovery, UnopenableCodePageOrLocaleFallsBackAndKeepsTheProcedure) {
 // Swedish sorts "ä" after "z", German beside "a": the collator made for one procedure must not
 // serve a later one of another locale.
 TEST_F(SessionTest, EachProcedureSortsByItsOwnLocale) {
-  const struct {
-    const char* locale;
-    std::vector<std::string> sorted;
-  } cases[] = {{"de_DE", {"a", "ä", "z"}}, {"sv_SE", {"a", "z", "ä"}}, {"de_DE", {"a", "ä", "z"}}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.locale);
-    BeginProcedure(1, Settings("Frequencies", std::string("unicode=1\nlocale=") + c.locale + "\n"));
+  const std::pair<std::string, std::vector<std::string>> cases[] = {
+      {"de_DE", {"a", "ä", "z"}}, {"sv_SE", {"a", "z", "ä"}}, {"de_DE", {"a", "ä", "z"}}};
+  for (const auto& [locale, sorted] : cases) {
+    SCOPED_TRACE(locale);
+    BeginProcedure(1, Settings("Frequencies", "unicode=1\nlocale=" + locale + "\n"));
     BeginTable(1, "Fruit");
     writer.PlaceDimension(1, Str("Fruit"), 1, 0);
     writer.PlaceDimension(1, Str("Statistics"), 1, 1);
@@ -253,10 +251,8 @@ TEST_F(SessionTest, EachProcedureSortsByItsOwnLocale) {
     }
     writer.EndTable(1);
     EndProcedure();
-    const OmDimensionNode& root = PartsOf<OmPivotTable>(*tree).back()->Dimension(0).Root();
-    std::vector<std::string> labels;
-    for (std::size_t i = 0; i < root.NChildren(); ++i) labels.push_back(root.Child(i)->Label()->Text());
-    EXPECT_EQ(labels, c.sorted);
+    const OmPivotTable& table = *PartsOf<OmPivotTable>(*tree).back();
+    EXPECT_EQ((std::vector{LabelAt(table, 0, {0}), LabelAt(table, 0, {1}), LabelAt(table, 0, {2})}), sorted);
   }
 }
 

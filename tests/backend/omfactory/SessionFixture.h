@@ -67,6 +67,13 @@ inline std::vector<std::string> Outline(OmOutputTree& tree) {
   return lines;
 }
 
+// The label text of dimension d's root (path empty) or of the node reached by child indices.
+inline std::string LabelAt(const OmPivotTable& table, int d, std::initializer_list<std::size_t> path = {}) {
+  const OmDimensionNode* node = &table.Dimension(d).Root();
+  for (std::size_t i : path) node = node->Child(i);
+  return node->Label()->Text();
+}
+
 class SessionTest : public ::testing::Test {
 protected:
   SessionTest() { Reopen(); }
