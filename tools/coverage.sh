@@ -16,4 +16,6 @@ if [ $# -gt 0 ]; then
   mkdir -p "$1"
   args+=(--html-details "$1/index.html")
 fi
-gcovr "${args[@]}" --output /dev/null
+# The full text report goes to a scratch file: gcovr replaces its output file, and given
+# /dev/null it would put a plain file in its place.
+gcovr "${args[@]}" --output "$(mktemp)"
