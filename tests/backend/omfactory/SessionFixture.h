@@ -19,8 +19,12 @@
 #include "platform/outputmodel/OmTextBlock.h"
 #include "platform/outputmodel/OmPivotTable.h"
 #include "platform/stream/OmStreamWriter.h"
+#include "tests/backend/omfactory/OutputTreeViews.h"
 
 namespace sessiontest {
+
+using treeviews::Outline;
+using treeviews::PartsOf;
 
 using ByteOrder = OmStreamWriter::ByteOrder;
 
@@ -43,28 +47,6 @@ inline void Deliver(OmFactory& session, OmStreamWriter& writer) {
   for (OmStreamRecord& record : records) {
     session.Message(record.code, unsigned(record.payload.size()), record.payload.data());
   }
-}
-
-// The parts of type P in tree order.
-template <class P>
-std::vector<P*> PartsOf(OmOutputTree& tree) {
-  std::vector<P*> parts;
-  for (OmOutputPart* part : tree) {
-    if (auto* p = dynamic_cast<P*>(part)) parts.push_back(p);
-  }
-  return parts;
-}
-
-// The parts of a tree in order, as "level:kind:label" (a node without a part as "level:-").
-inline std::vector<std::string> Outline(OmOutputTree& tree) {
-  std::vector<std::string> lines;
-  for (OmOutputTree::Node n = tree.Begin(); !n.IsEnd(); ++n) {
-    OmOutputPart* part = n.Value();
-    std::string line = std::to_string(n.Level()) + ":";
-    line += part ? std::string(part->KindName()) + ":" + part->LabelText() : std::string("-");
-    lines.push_back(line);
-  }
-  return lines;
 }
 
 // The label text of dimension d's root (path empty) or of the node reached by child indices.

@@ -23,8 +23,12 @@
 #include "platform/outputmodel/OmStringCell.h"
 #include "platform/outputmodel/OmTextBlock.h"
 #include "platform/stringtables/FacSTDictionary.h"
+#include "tests/backend/omfactory/OutputTreeViews.h"
 
 namespace proctest {
+
+using treeviews::Outline;
+using treeviews::PartsOf;
 
 inline OmStringCell Text(const std::string& text) { return OmStringCell(text, false); }
 
@@ -45,28 +49,6 @@ inline OMSObjectSelector Request(unsigned types, const std::string& subtype = ""
 
 // Every object type except the ones in `without`.
 inline unsigned AllTypesBut(unsigned without) { return 511u & ~without; }
-
-// The parts of a tree in order, as "level:kind:label" (root as "0:-").
-inline std::vector<std::string> Outline(OmOutputTree& tree) {
-  std::vector<std::string> lines;
-  for (OmOutputTree::Node n = tree.Begin(); !n.IsEnd(); ++n) {
-    OmOutputPart* part = n.Value();
-    std::string line = std::to_string(n.Level()) + ":";
-    line += part ? std::string(part->KindName()) + ":" + part->LabelText() : std::string("-");
-    lines.push_back(line);
-  }
-  return lines;
-}
-
-// The parts of type P in tree order.
-template <class P>
-std::vector<P*> PartsOf(OmOutputTree& tree) {
-  std::vector<P*> parts;
-  for (OmOutputPart* part : tree) {
-    if (auto* p = dynamic_cast<P*>(part)) parts.push_back(p);
-  }
-  return parts;
-}
 
 // A table with one dimension "Statistics" and one cell per category; returns its builder.
 inline OmPivotFactory* TableWithCells(OmProcedureFactory& proc, const std::string& label,
