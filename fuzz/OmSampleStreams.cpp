@@ -13,6 +13,20 @@ constexpr std::int32_t kPercent = 0x010A01;  // type 1 keeps its 16-bit width
 // A non-translatable label, as procedures send names and statistics.
 void Label(OmStreamWriter& w, std::int32_t id, const std::string& text) { w.String(id, text, 1); }
 
+// A table of one count, its category "N": the title at cell ids 2 (its label) and 3, the cell
+// dimension at 4, the count at 5 and "N" at 6. The table stays open.
+void OneCountTable(OmStreamWriter& w, std::uint8_t tcid, const std::string& title,
+                   const std::string& dimension, std::int32_t count) {
+  w.String(2, title, 0);
+  Label(w, 3, title);
+  w.BeginTable(tcid, 2, 3);
+  Label(w, 4, dimension);
+  w.CellDimension(tcid, 4);
+  w.Integer(5, count, kCount);
+  Label(w, 6, "N");
+  w.Cell(tcid, 5, 6);
+}
+
 }  // namespace
 
 std::string OmSampleStreams::Settings(const std::string& name, const std::string& extra) {
@@ -111,14 +125,7 @@ void OmSampleStreams::Small(OmStreamWriter& w, std::int64_t id) {
   w.BeginProcedure(id, Settings("Check"));
   w.String(1, "Check", 0);
   w.BeginNode(1);
-  w.String(2, "Counts", 0);
-  Label(w, 3, "Counts");
-  w.BeginTable(1, 2, 3);
-  Label(w, 4, "Statistics");
-  w.CellDimension(1, 4);
-  w.Integer(5, 20, kCount);
-  Label(w, 6, "N");
-  w.Cell(1, 5, 6);
+  OneCountTable(w, 1, "Counts", "Statistics", 20);
   Label(w, 7, "Listwise");
   w.Annotate(1, 7);
   w.EndTable(1);
@@ -226,14 +233,7 @@ void OmSampleStreams::RichObjects(OmStreamWriter& w, std::int64_t id) {
   w.InteractiveJson(0, 0, "Map of regions");
   w.InteractiveJson(0, 16, "{\"type\":\"map\"}");
   w.OutlineText("Graph");
-  w.String(2, "Case Processing Summary", 0);
-  Label(w, 3, "Case Processing Summary");
-  w.BeginTable(3, 2, 3);
-  Label(w, 4, "Cases");
-  w.CellDimension(3, 4);
-  w.Integer(5, 100, kCount);
-  Label(w, 6, "N");
-  w.Cell(3, 5, 6);
+  OneCountTable(w, 3, "Case Processing Summary", "Cases", 100);
   w.EndTable(3);
   w.String(7, "Case Processing Summary", 0);
   w.ScratchTable(7);
