@@ -23,10 +23,9 @@ std::vector<P*> PartsOf(OmOutputTree& tree) {
 inline std::vector<std::string> Outline(OmOutputTree& tree) {
   std::vector<std::string> lines;
   for (OmOutputTree::Node n = tree.Begin(); !n.IsEnd(); ++n) {
-    OmOutputPart* part = n.Value();
-    std::string line = std::to_string(n.Level()) + ":";
-    line += part ? std::string(part->KindName()) + ":" + part->LabelText() : std::string("-");
-    lines.push_back(line);
+    const OmOutputPart* part = n.Value();
+    lines.push_back(std::to_string(n.Level()) + ":" +
+                    (part ? std::string(part->KindName()) + ":" + part->LabelText() : "-"));
   }
   return lines;
 }

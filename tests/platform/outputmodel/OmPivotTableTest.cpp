@@ -58,8 +58,7 @@ TEST(OmPivotTable, CellsDifferingInOneFieldOfATwoWordKeyStayApart) {
     OmPivotTable t(S("t"), S("t"));
     for (int n = 0; n < 3; ++n) t.AddDimension(OmNumber(n));
     const auto at = [d](int a) { std::vector<int> c(3, 1 << 22); c[d] = a; return c; };
-    t.Cell(at(0), OmNumber(0));
-    t.Cell(at(2), OmNumber(2));
+    for (int a : {0, 2}) t.Cell(at(a), OmNumber(a));
     EXPECT_EQ(t.Cell(at(1)), nullptr) << d;
     EXPECT_EQ(ValueAt(t, at(0)), 0) << d;
   }
