@@ -98,12 +98,6 @@ public:
     return coords;
   }
 
-  void DecodeInto(std::size_t slot, std::vector<int>& coords) const {
-    coords.resize(_fields.size());
-    const std::uint64_t* key = KeyAt(slot);
-    for (std::size_t d = 0; d < _fields.size(); ++d) coords[d] = Extract(key, _fields[d]);
-  }
-
   // Every cell, in log order, to visit.
   void ReadAll(void (*visit)(void*, const OmPivotTable::CellView&), void* context) const {
     std::vector<int> coords(_fields.size(), 0);
@@ -663,11 +657,6 @@ OmCellText* OmPivotTable::Iterator::Object() const {
 OmPivotTable::Coordinates OmPivotTable::Iterator::Coord() const {
   if (AtEnd()) throw OMSException("OmPivotTable::Iterator::Coord -- !AtEnd()");
   return _table->_my->cells.Decode(_slot);
-}
-
-void OmPivotTable::Iterator::Coord(Coordinates& into) const {
-  if (AtEnd()) throw OMSException("OmPivotTable::Iterator::Coord -- !AtEnd()");
-  _table->_my->cells.DecodeInto(_slot, into);
 }
 
 bool OmPivotTable::Iterator::AtEnd() const { return _slot >= _table->_my->cells.Capacity(); }

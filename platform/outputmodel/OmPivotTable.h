@@ -39,9 +39,6 @@ public:
     // passes that change only texts and decorated cells.
     OmCellText* Object() const;
     Coordinates Coord() const;
-    // The same into a caller's buffer (resized to the dimension count): a pass over every cell
-    // (bootstrap pooling gathers its samples so) then allocates nothing per cell.
-    void Coord(Coordinates& into) const;
     bool AtEnd() const;
     Iterator& operator++();
     friend bool operator==(const Iterator& a, const Iterator& b) {

@@ -110,21 +110,21 @@ std::uint32_t ReplicateValues::AddRow(const int* coords, std::uint64_t hash) {
   if (std::size_t(_rows) * 2 > _index.size()) {
     Reindex(_index.size() * 2);
   } else {
-    std::size_t slot = std::size_t(hash) & (_index.size() - 1);
-    while (_index[slot] != kNone) slot = (slot + 1) & (_index.size() - 1);
-    _index[slot] = row;
+    Place(row);
   }
   return row;
 }
 
+void ReplicateValues::Place(std::uint32_t row) {
+  const std::size_t mask = _index.size() - 1;
+  std::size_t slot = std::size_t(_hashes[row]) & mask;
+  while (_index[slot] != kNone) slot = (slot + 1) & mask;
+  _index[slot] = row;
+}
+
 void ReplicateValues::Reindex(std::size_t slots) {
   _index.assign(slots, kNone);
-  const std::size_t mask = slots - 1;
-  for (std::uint32_t row = 0; row < _rows; ++row) {
-    std::size_t slot = std::size_t(_hashes[row]) & mask;
-    while (_index[slot] != kNone) slot = (slot + 1) & mask;
-    _index[slot] = row;
-  }
+  for (std::uint32_t row = 0; row < _rows; ++row) Place(row);
 }
 
 ReplicateValues::Row ReplicateValues::Find(const OmPivotTable::Coordinates& address) const {

@@ -58,6 +58,8 @@ private:
   std::uint32_t Lookup(const int* coords, std::uint64_t hash) const;
   // Adds a row for coords (not there yet).
   std::uint32_t AddRow(const int* coords, std::uint64_t hash);
+  // Puts row into the index at the first free slot of its probe sequence.
+  void Place(std::uint32_t row);
   void Reindex(std::size_t slots);
 
   int _splitDim;
