@@ -12,9 +12,7 @@ namespace treeviews {
 template <class P>
 std::vector<P*> PartsOf(OmOutputTree& tree) {
   std::vector<P*> parts;
-  for (OmOutputPart* part : tree) {
-    if (auto* p = dynamic_cast<P*>(part)) parts.push_back(p);
-  }
+  for (OmOutputPart* part : tree) if (auto* p = dynamic_cast<P*>(part)) parts.push_back(p);
   return parts;
 }
 
