@@ -88,6 +88,13 @@ public:
   // Empties slot id, if it holds anything, without making its cell.
   void Discard(int id) {
     const std::size_t index = std::size_t(id);
+    // A waiting value's slot holds no cell (taking or peeking a value empties it first).
+    if (index < _values.size() && _values[index].kind != Value::kNone) {
+      Value& value = _values[index];
+      value.kind = Value::kNone;
+      if (value.text.capacity() > kKeptTextCapacity) std::string().swap(value.text);
+      return;
+    }
     if (id >= kDenseIds) return void(_sparse.erase(id));
     if (id < 0 || index >= _slots.size()) return;
     if (index < _values.size()) {

@@ -115,8 +115,16 @@ void OmFactory::Data::OnTableMessage(OmPayload& message) {
       const int tcid = message.Byte(0);
       const int valueId = message.CellId(4, "value cell id");
       const int categoryId = message.CellId(8, "category cell id");
+      if (tcid == _droppingTCID) {
+        _cells.Discard(valueId);
+        _cells.Discard(categoryId);
+        break;
+      }
       OmPivotFactory* builder = BuilderOrDiscard(tcid, true, valueId, categoryId);
-      if (builder == nullptr) break;
+      if (builder == nullptr) {
+        _droppingTCID = tcid;
+        break;
+      }
       // A plain number (nearly every cell's value) goes to the table as a number: no cell object.
       double number = 0;
       std::uint32_t format = 0;

@@ -29,8 +29,27 @@
 
 using namespace omdispatch;
 
+namespace {
+
+// Whether a message leaves alone what decides that a table's cells are dropped: the table at its
+// TCID, its OMS selection, its fast and split flags, the procedure and its bootstrap flag. Cell
+// values and the categories and groups of a table's dimensions do; anything else may not.
+bool LeavesDropDecision(short code) {
+  using enum MessageCode;
+  const auto within = [code](MessageCode first, MessageCode last) {
+    return code >= short(first) && code <= short(last);
+  };
+  // Number to string, category to cell category, discard and copy cell, variable and data value.
+  return within(IPC_NUMBER, IPC_STRING) || within(IPC_CATEGORY, IPC_CELL_CATEGORY) ||
+         within(IPC_DISCARD_CELL, IPC_COPY_CELL) || within(IPC_VARIABLE, IPC_DATA_VALUE) ||
+         code == short(IPC_DIMENSION);
+}
+
+}  // namespace
+
 void OmFactory::Data::ProcessMessage(short code, unsigned length, const void* payload) {
   using enum MessageCode;
+  if (!LeavesDropDecision(code)) _droppingTCID = -1;
   // The session messages all lie below the output range.
   if (code < kFirstOutputCode) return ProcessNonBagpipeMessage(code, length, payload);
   if (code > kLastOutputCode) return;

@@ -65,7 +65,10 @@ unsigned int OmFactory::TableValueDisplayMode() const { return _my->_tableValueM
 
 void OmFactory::SwapBytes(bool swap) { _my->_swapBytes = swap; }
 bool OmFactory::SwapBytes() const { return _my->_swapBytes; }
-void OmFactory::setDestViewer(bool destViewer) { _my->_destViewer = destViewer; }
+void OmFactory::setDestViewer(bool destViewer) {
+  _my->_destViewer = destViewer;
+  _my->_droppingTCID = -1;
+}
 
 void OmFactory::SetStringTablePath(const ExtNameStr& path) { _my->SetStringTablePath(path); }
 

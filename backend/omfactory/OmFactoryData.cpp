@@ -156,6 +156,7 @@ void OmFactory::Data::SalvageOrKeep() {
 }
 
 void OmFactory::Data::Salvage() {
+  _droppingTCID = -1;
   _cells.Clear();
   _pivots.fill(nullptr);
   _selector.SetCommand("");

@@ -161,6 +161,10 @@ struct OmFactory::Data {
   OmStringAssembler _strings;
   int _currentComposite = 0;
   int _currentTCID = -1;
+  // The TCID whose cell messages were last found to have no effect (an excluded table, a fast
+  // table past its first cell, no procedure open), or -1. Checking that costs five calls a cell;
+  // only value and cell messages leave it set, since any other message may change the answer.
+  int _droppingTCID = -1;
   // Builders by TCID (a TCID is one byte); borrowed from their tables' builder slots.
   std::array<OmPivotFactory*, 256> _pivots{};
 
