@@ -46,7 +46,10 @@ inline void PlayEarlierProcedure(OmSessionProbe& probe) {
 // a hash of the input so that a failing input fails again when replayed. The next procedure costs
 // as much as a typical input; every input still runs through the session, its teardown with an
 // open procedure included, under the sanitizers.
+// The corpus replay in the tests sets everyInput: there each kept input gets the whole check.
+inline bool everyInput = false;
 inline bool PlaysNextProcedure(const std::uint8_t* data, std::size_t size) {
+  if (everyInput) return true;
   constexpr std::uint32_t kNextEvery = 4;
   std::uint32_t hash = 2166136261u;  // FNV-1a
   for (std::size_t i = 0; i < size; ++i) hash = (hash ^ data[i]) * 16777619u;

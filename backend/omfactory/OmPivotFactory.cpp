@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <iostream>
 #include <string>
 #include <vector>
 
@@ -154,14 +153,6 @@ OmPivotFactory::OmPivotFactory(OmPivotTable* table, const OmPivotFactory& other)
   }
 }
 
-OmPivotFactory::OmPivotFactory(const OmPivotFactory& other)
-    : _my(std::make_unique<Data>(*other._my)) {}
-
-OmPivotFactory& OmPivotFactory::operator=(const OmPivotFactory& other) {
-  if (this != &other) *_my = *other._my;
-  return *this;
-}
-
 OmPivotFactory::~OmPivotFactory() = default;
 
 OmPivotTable& OmPivotFactory::Table() const { return *_my->_table; }
@@ -219,7 +210,6 @@ void OmPivotFactory::SetCellDimension(int d) {
 
 int OmPivotFactory::CellDimension() {
   if (_my->_cellDimension == -1) {
-    DumpState();
     throw OMSException(Where("CellDimension", "_cellDimension == -1"), -1);
   }
   return _my->_cellDimension;
@@ -407,10 +397,3 @@ bool OmPivotFactory::IsFastTable() const { return _my->_table->fastTable(); }
 
 bool OmPivotFactory::FirstCell() const { return _my->_firstCell; }
 
-void OmPivotFactory::DumpState() const {
-  const OmCellText* title = _my->_table->Label();
-  std::cerr << "OmPivotFactory state on error:\n"
-            << "\tTable Title: " << (title ? title->Text() : std::string()) << "\n"
-            << "\tCurrent Dimension: " << _my->_currentDimension << "\n"
-            << std::flush;
-}

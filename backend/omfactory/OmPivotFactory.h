@@ -35,9 +35,8 @@ public:
   // Carries other's position over to table, which must have the same dimensions as other's table
   // (a split table made from the procedure's splits table).
   OmPivotFactory(OmPivotTable* table, const OmPivotFactory& other);
-  // Copies of the state on the same table.
-  OmPivotFactory(const OmPivotFactory& other);
-  OmPivotFactory& operator=(const OmPivotFactory& other);
+  OmPivotFactory(const OmPivotFactory&) = delete;
+  OmPivotFactory& operator=(const OmPivotFactory&) = delete;
   ~OmPivotFactory() override;
 
   OmPivotTable& Table() const;
@@ -51,7 +50,7 @@ public:
   // display flags.
   void PlaceDimension(int d, int axis, int position, bool flag1, bool flag2);
   void SetCellDimension(int d);
-  // The dimension of the cells' statistics; fails (after DumpState) when none was declared.
+  // The dimension of the cells' statistics; fails when none was declared.
   int CellDimension();
   // The cell dimension becomes the current dimension.
   void SelectCellDimension();
@@ -96,9 +95,6 @@ public:
   bool IsFastTable() const;
   // True until the first cell is stored or the first footnote attached.
   bool FirstCell() const;
-
-  // Writes the builder's position to the standard error stream, ahead of a failure report.
-  void DumpState() const;
 
 private:
   struct Data;

@@ -1,7 +1,8 @@
 // The committed corpus of one fuzz target (OMF_CORPUS names it, OMF_CORPUS_SUITE the test suite),
 // replayed through the target's own entry point in the ordinary build: every input the deep runs
-// kept must still pass the target's checks, which abort on a broken promise, and each reaches
-// corners of the decoder that no hand-written stream does.
+// kept, and every failing input they found, must pass the target's checks (which abort on a broken
+// promise), each followed by a whole procedure. The inputs reach corners of the decoder that no
+// hand-written stream does.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -11,6 +12,8 @@
 #include <iterator>
 #include <string>
 #include <vector>
+
+#include "fuzz/OmFuzzChecks.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
@@ -22,6 +25,7 @@ extern "C" [[gnu::weak]] std::size_t LLVMFuzzerMutate(std::uint8_t*, std::size_t
 TEST(OMF_CORPUS_SUITE, EveryCommittedInputPassesItsTargetsChecks) {
   const char* source = std::getenv("OMF_SOURCE_DIR");
   const std::filesystem::path dir = std::filesystem::path(source ? source : "") / OMF_CORPUS;
+  omfuzz::everyInput = true;
   std::size_t inputs = 0;
   for (const auto& entry : std::filesystem::directory_iterator(dir)) {
     std::ifstream in(entry.path(), std::ios::binary);
