@@ -30,12 +30,6 @@
 
 namespace {
 
-ExtNameStr GenericPath(const std::string& path) {
-  ExtNameStr name;
-  name.SetGeneric(path);
-  return name;
-}
-
 // No location given: the tables installed with the library, if any.
 std::string OrInstalled(const std::string& path) {
   return path.empty() ? PathFactory::InstalledStringTables() : path;
@@ -105,15 +99,7 @@ OmFactory::Data::Data(OmOutputTree* outputTree, const ExtNameStr& stringTablePat
 
 OmFactory::Data::Data(OmOutputTree* outputTree, const std::string& stringTablePath,
                       const std::string& codePage, const std::vector<OMSObjectSelector>& requests)
-    : _outputTree(CheckedTree(outputTree)),
-      _codePage(Checked(codePage)),
-      _page(&CodePage::Get(codePage)),
-      _stringTablePath(GenericPath(OrInstalled(stringTablePath))),
-      _dictionary(OrInstalled(stringTablePath)),
-      _translator(&_dictionary),
-      _selector(requests, &_translator.GetCellTextTranslator()) {
-  _dictionary.SetCodePage(_page);
-}
+    : Data(outputTree, ExtNameStr(OrInstalled(stringTablePath)), codePage, requests) {}
 
 OmFactory::Data::~Data() = default;
 
