@@ -392,6 +392,7 @@ std::vector<OmExampleStreams::Example> OmExampleStreams::All() {
   all.push_back({"descriptives", Descriptives()});
   all.push_back({"descriptives_de", Descriptives("German", "de")});
   all.push_back({"logpages", LogPages()});
+  all.push_back({"mi_correlations", MICorrelations()});
   all.push_back({"mi_regression", MIRegression()});
   all.push_back({"mi_regression_de", MIRegression("German", "de")});
   all.push_back({"mi_ttest", MITTest()});

@@ -32,6 +32,9 @@ public:
   // Regression on the original data and five imputations: descriptives, correlations and
   // coefficients tables that the session pools (OmExampleMIRegression.cpp).
   static OmStreamWriter MIRegression(std::string_view language = "English", std::string_view code = "en");
+  // Correlations on the original data and five imputations, pairwise (N and significance cells,
+  // marked coefficients) and listwise (N in footnotes), pooled (OmExampleMICorrelations.cpp).
+  static OmStreamWriter MICorrelations();
   // Descriptives with 1000 bootstrap samples: a statistics table with the bootstrap split
   // dimension and one case summary per split, pooled to the original sample
   // (OmExampleBootstrap.cpp). missingEvery > 0: every missingEvery-th sample has no income
