@@ -197,5 +197,10 @@ TEST(OMSRecord, ColumnsRecordGivesItsSwapFlagToEveryColumnRead) {
                                     .Bytes());
   nameRecord >> names;
   EXPECT_EQ(names.GetDimNames(), (std::vector<std::string>{"Statistics", "Vars"}));
+
+  OmParsedColumn column("R1");  // one column as a record of its own
+  std::istringstream columnRecord(RecordBuilder().Column(3, "L2", 2, false).Bytes());
+  columnRecord >> column;
+  EXPECT_EQ(column.GetColumnToken(), "L2");
 }
 

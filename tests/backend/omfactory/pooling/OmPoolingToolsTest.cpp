@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "PoolingTables.h"
+#include "backend/omfactory/pooling/PoolingData.h"
+#include "platform/mipool/PoolingErrors.h"
 #include "platform/outputmodel/OmComposite.h"
 
 using pooltest::TableBuilder;
@@ -88,3 +90,17 @@ TEST(PoolingToolsBootstrap, DemoteDimensionMovesItToTheFrontInTheCallersStorage)
   EXPECT_EQ(order, (std::vector<short>{1, 3, 4, 1}));
 }
 
+
+// The texts a pooled table shows: an error the pooler knows by its own words, any other with its
+// code as an argument (one translation for all), and the bootstrap samples by sampling method.
+TEST(PoolingToolsTexts, ErrorsAndSamplingMethodsInTheirOwnWords) {
+  EXPECT_EQ(T::PoolingErrorText(MPError::kBadConfidenceLevel)->Text(),
+            "The confidence level must lie strictly between 0 and 1.");
+  EXPECT_EQ(T::PoolingErrorText(9999)->Text(), "Pooling failed with error code 9999.");
+  const char* const methods[] = {"bootstrap samples", "stratified bootstrap samples",
+                                 "residual bootstrap samples", "wild bootstrap samples",
+                                 "bootstrap samples"};
+  for (unsigned m = 0; m < std::size(methods); ++m) {
+    EXPECT_EQ(PoolingData::SamplingText(m), methods[m]);
+  }
+}
