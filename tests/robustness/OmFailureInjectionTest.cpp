@@ -489,7 +489,7 @@ struct Shard {
 };
 
 std::vector<Shard> Shards() {
-  constexpr std::size_t kRecordsPerShard = 2000;
+  constexpr std::size_t kRecordsPerShard = 3000;
   std::vector<std::string> names;
   for (const OmSampleStreams::Named& sample : Procedures()) names.push_back(sample.name);
   std::vector<std::string> examples;
@@ -513,12 +513,15 @@ void PrintTo(const Shard& shard, std::ostream* out) {
 
 class FailureInjectionSweep : public testing::TestWithParam<Shard> {};
 
-// Each sample procedure and each recorded example: every allocation (every stride-th where a
-// stream makes more than kEveryUpTo) fails once, with no crash and no leak, std::bad_alloc reaches
-// the host, the procedure is whole or cut with "Output Missing", the earlier output stays and the
-// next procedure is whole.
+// Each sample procedure and each recorded example: every allocation (where a stream makes more
+// than kEveryUpTo, every stride-th, kSampled in all) fails once, with no crash and no leak,
+// std::bad_alloc reaches the host, the procedure is whole or cut with "Output Missing", the
+// earlier output stays and the next procedure is whole. A failure in a bootstrapped procedure
+// costs 25 to 40 ms under the sanitizers; 4,000 of the 62,643 allocations of the largest example
+// keep its share of the sweep near that of the two next largest, swept whole.
 TEST_P(FailureInjectionSweep, EveryAllocationFailsOnce) {
   constexpr std::size_t kEveryUpTo = 20000;
+  constexpr std::size_t kSampled = 4000;
   const Shard& shard = GetParam();
   const std::vector<Unit> units = Units(Stream(shard.stream));
   ASSERT_FALSE(units.front().records.empty());
@@ -528,7 +531,7 @@ TEST_P(FailureInjectionSweep, EveryAllocationFailsOnce) {
     cleans.push_back(CountClean(unit));
     total += cleans.back().total;
   }
-  const std::size_t stride = (total + kEveryUpTo - 1) / kEveryUpTo;
+  const std::size_t stride = total > kEveryUpTo ? (total + kSampled - 1) / kSampled : 1;
   std::size_t first = 0;  // the stream's allocations before the unit's
   std::size_t failures = 0;
   for (std::size_t u = 0; u < units.size(); ++u) {
