@@ -15,6 +15,15 @@
 
 #include "platform/stream/OmStreamRecord.h"
 
+// Marks the fuzz harness's own byte loops: the fuzz build leaves them uninstrumented, since their
+// coverage says nothing about the factory and tracing each byte's comparison cost a tenth of every
+// execution. (A clang attribute; other compilers build the harness for the tests as it is.)
+#if defined(__clang__)
+#define OMF_FUZZ_HARNESS __attribute__((no_sanitize("coverage")))
+#else
+#define OMF_FUZZ_HARNESS
+#endif
+
 class OmSessionInput {
 public:
   enum Flags : std::uint8_t {
@@ -37,7 +46,7 @@ public:
   // Splits data into flags and records; visit(code, payload, length) is called per record with
   // a pointer into data.
   template <class Visit>
-  static std::uint8_t Decode(const std::uint8_t* data, std::size_t size, Visit&& visit) {
+  OMF_FUZZ_HARNESS static std::uint8_t Decode(const std::uint8_t* data, std::size_t size, Visit&& visit) {
     if (size == 0) return 0;
     const std::uint8_t flags = data[0];
     std::size_t at = 1;

@@ -1,5 +1,6 @@
 #include "fuzz/OmSessionProbe.h"
 
+#include <cstring>
 #include <typeinfo>
 
 #include "fuzz/OmSampleStreams.h"
@@ -41,8 +42,9 @@ void OmSessionProbe::WantsOutput(bool wants) { _observer->wants = wants; }
 
 bool OmSessionProbe::Feed(std::int16_t code, const std::uint8_t* payload, std::size_t length) {
   // Exactly length bytes, so that the sanitizers catch a read one byte past the message.
+  // (memcpy, not a loop: the fuzz build traces every comparison of a loop, each byte's included.)
   std::unique_ptr<std::uint8_t[]> copy(new std::uint8_t[length]);
-  for (std::size_t i = 0; i < length; ++i) copy[i] = payload[i];
+  if (length > 0) std::memcpy(copy.get(), payload, length);
   try {
     _factory->Message(code, unsigned(length), copy.get());
     return true;

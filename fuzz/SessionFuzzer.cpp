@@ -2,7 +2,7 @@
 // OmSessionInput: any code (the control messages and unknown codes included), any payload,
 // starting in either byte order. The session must never crash, leak or read past a payload; a
 // procedure completed before the input stays intact and the next procedure is accepted. Both are
-// played for a sample of the inputs only (one in four, omfuzz::PlaysNextProcedure), the earlier
+// played for a sample of the inputs only (one in eight, omfuzz::PlaysNextProcedure), the earlier
 // one only where the input's flags also ask for it: each costs about as much as a typical input,
 // and what they guard (a session left unusable, output already handed over changed) is rarely
 // what an input reaches.

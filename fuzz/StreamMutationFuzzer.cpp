@@ -1,7 +1,7 @@
 // Fuzz target: stream files, mutated record by record from valid ones (OmStreamMutator), read with
 // OmStreamReader and replayed into a session. Lengths and ids that lie, truncated payloads and
 // files, repeated and reordered records must all end in a clear OMSException or be ignored, and
-// (one input in four) the next procedure is accepted. (That output handed over earlier stays intact is the session
+// (one input in eight) the next procedure is accepted. (That output handed over earlier stays intact is the session
 // target's check: playing it here too would halve the executions.)
 #include <cstddef>
 #include <cstdint>

@@ -14,6 +14,10 @@ std::atomic<std::size_t> gLiveBytes{0};
 std::atomic<std::size_t> gFailAt{0};
 std::atomic<bool> gFailed{false};
 std::atomic<bool> gFailedQuietly{false};
+// The allocation counts at which to call gHook, from the next one on.
+const std::size_t* gPoints = nullptr;
+const std::size_t* gPointsEnd = nullptr;
+bool (*gHook)() = nullptr;
 
 void* Allocate(std::size_t size) {
   const std::size_t n = ++gAllocations;
@@ -21,6 +25,14 @@ void* Allocate(std::size_t size) {
   if (failAt != 0 && n == failAt && gFailAt.compare_exchange_strong(failAt, 0)) {
     gFailed = true;
     throw std::bad_alloc();
+  }
+  if (gPoints != gPointsEnd && n == *gPoints) {
+    ++gPoints;
+    if (gHook()) {
+      gPoints = gPointsEnd = nullptr;
+      gFailed = true;
+      throw std::bad_alloc();
+    }
   }
   void* p = std::malloc(size == 0 ? 1 : size);
   if (p == nullptr) throw std::bad_alloc();
@@ -44,6 +56,15 @@ void CountingAllocator::FailAt(std::size_t n) {
   gFailAt = n == 0 ? 0 : gAllocations.load() + n;
 }
 void CountingAllocator::Disarm() { gFailAt = 0; }
+void CountingAllocator::CallAt(const std::size_t* points, std::size_t n, bool (*hook)()) {
+  if (n > 0) {
+    gFailed = false;
+    gFailedQuietly = false;
+  }
+  gPoints = points;
+  gPointsEnd = points + n;
+  gHook = hook;
+}
 bool CountingAllocator::Failed() { return gFailed; }
 bool CountingAllocator::FailedQuietly() { return gFailedQuietly; }
 std::size_t CountingAllocator::Allocations() { return gAllocations; }

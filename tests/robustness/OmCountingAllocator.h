@@ -13,6 +13,13 @@ class CountingAllocator {
   // Either way Failed turns false.
   static void FailAt(std::size_t n);
   static void Disarm();
+  // Calls hook at each allocation whose count since the program started is in points[0, n)
+  // (ascending, kept by the caller until the next call); when the hook returns true that
+  // allocation throws std::bad_alloc, as an armed one does, and the points after it are dropped.
+  // With points, Failed turns false. The hook must not allocate. A hook that forks and returns
+  // true in the child fails the allocation there: the child goes on from the failure with no
+  // replay of what came before it.
+  static void CallAt(const std::size_t* points, std::size_t n, bool (*hook)());
   // Whether the armed failure has happened since FailAt.
   static bool Failed();
   // Whether that failure was a nothrow allocation's, answered with a null pointer (as
