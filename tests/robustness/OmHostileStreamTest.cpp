@@ -127,6 +127,16 @@ bool CutMayPass(const OmStreamRecord& record, std::size_t cut, ByteOrder order) 
   }
 }
 
+// The baseline every hostile record is cut from: the whole sample plays without a single
+// recovered failure and closes its procedure whole. A sample that failed would hide real faults.
+TEST_P(HostileRecords, TheWholeSamplePlaysWithoutAFailure) {
+  Replay replay(Sample(), Sample().Records().size());
+  EXPECT_EQ(replay.errorsBefore, 0u);
+  EXPECT_EQ(replay.probe.Factory().Procedure(), nullptr);
+  EXPECT_FALSE(replay.probe.HasOutputMissing());
+  EXPECT_EQ(replay.Recovery(), "");
+}
+
 TEST_P(HostileRecords, CutPayloadsAreReportedAndTheSessionRecovers) {
   const OmStreamWriter& sample = Sample();
   const std::vector<OmStreamRecord>& records = sample.Records();
