@@ -14,9 +14,6 @@ constexpr std::uint8_t kTable = 3;
 constexpr int kImputations = 5;
 constexpr auto F = OmExampleF;
 
-const char* const kVariables[3] = {"income", "age", "educ"};
-const char* const kLabels[3] = {"Household income (thousands)", "Age in years",
-                                "Years of education"};
 const char* const kNote05 = "Correlation at 0.05(2-tailed):...";
 const char* const kNote01 = "Correlation at 0.01(2-tailed):...";
 
@@ -38,22 +35,9 @@ const DataSet kData[kImputations + 1] = {
     {{0.218, 0.384, -0.029}, {0.0000, 0.0000, 0.3155}, 1200},
 };
 
-class Writer : public OmExampleWriter {
+class Writer : public OmImputedDataWriter {
 public:
-  using OmExampleWriter::OmExampleWriter;
-
-  std::int32_t Variable(int v) {
-    _out.Variable(Next(), 2, kVariables[v], kLabels[v]);
-    return _id;
-  }
-  std::int32_t Imputation() {
-    _out.Variable(Next(), 2, "Imputation_", "Imputation Number");
-    return _id;
-  }
-  std::int32_t DataSetValue(int i) {
-    _out.DataValue(Next(), 2, F(0), "Imputation_", i == 0 ? "Original data" : "", double(i));
-    return _id;
-  }
+  using OmImputedDataWriter::OmImputedDataWriter;
 
   void Table() {
     const std::int32_t title = Text("Correlations");

@@ -35,23 +35,12 @@ const DataSet kData[kImputations + 1] = {
     {1200, {58.12, 44.57, 13.89}, {52.07, 14.18, 2.90}, {0.218, 0.384, -0.103}, {-21.02, 0.621, 4.02}, {6.35, 0.094, 0.463}},
 };
 
-const char* const kVariables[3] = {"income", "age", "educ"};
-const char* const kLabels[3] = {"Household income (thousands)", "Age in years", "Years of education"};
 
 // Writes the procedure's messages; each message takes the cells it names from the slots written
 // just before it, so a label is written again every time it is used.
-class Writer : public OmExampleWriter {
+class Writer : public OmImputedDataWriter {
 public:
-  using OmExampleWriter::OmExampleWriter;
-
-  std::int32_t Variable(int v) {
-    _out.Variable(Next(), 2, kVariables[v], kLabels[v]);
-    return _id;
-  }
-  std::int32_t Imputation() {
-    _out.Variable(Next(), 2, "Imputation_", "Imputation Number");
-    return _id;
-  }
+  using OmImputedDataWriter::OmImputedDataWriter;
 
   // A table named by its template: the imputation dimension outermost, then the rows, the
   // statistics across.
@@ -65,8 +54,7 @@ public:
     _out.CellDimension(kTable, Text("Statistics"));
   }
   void DataSetCategory(int i) {
-    _out.DataValue(Next(), 2, F(0), "Imputation_", i == 0 ? "Original data" : "", double(i));
-    const std::int32_t category = _id;
+    const std::int32_t category = DataSetValue(i);
     _out.Category(kTable, category, Imputation());
   }
   void Category(std::int32_t category, const std::string& dimension) {

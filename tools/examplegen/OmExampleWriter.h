@@ -44,6 +44,30 @@ protected:
   std::int32_t _id = 0;
 };
 
+// The cells the multiple-imputation examples share: their three variables, the imputation
+// variable, and a data set's value of it (0 the original data).
+class OmImputedDataWriter : public OmExampleWriter {
+public:
+  using OmExampleWriter::OmExampleWriter;
+
+  std::int32_t Variable(int v) {
+    static const char* const kNames[3] = {"income", "age", "educ"};
+    static const char* const kLabels[3] = {"Household income (thousands)", "Age in years",
+                                           "Years of education"};
+    _out.Variable(Next(), 2, kNames[v], kLabels[v]);
+    return _id;
+  }
+  std::int32_t Imputation() {
+    _out.Variable(Next(), 2, "Imputation_", "Imputation Number");
+    return _id;
+  }
+  std::int32_t DataSetValue(int i) {
+    _out.DataValue(Next(), 2, OmExampleF(0), "Imputation_", i == 0 ? "Original data" : "",
+                   double(i));
+    return _id;
+  }
+};
+
 // A fixed pseudo-random sequence, so that the stream is the same on every machine.
 class OmExampleDraws {
 public:
