@@ -4,6 +4,7 @@
 // host, leak nothing (the live-byte count checks, the sanitizer build too) and take the next
 // procedure whole.
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,6 +17,7 @@
 #include <map>
 #include <memory>
 #include <new>
+#include <set>
 #include <string>
 #include <typeinfo>
 #include <vector>
@@ -45,12 +47,6 @@ extern "C" const char* __asan_default_options() {
 namespace {
 
 using robustness::CountingAllocator;
-
-// Every sample, in the byte order of the machines we build on: the procedures, and the session's
-// settings with no procedure, where a failure must change nothing.
-std::vector<OmSampleStreams::Named> Samples() {
-  return OmSampleStreams::All(OmStreamWriter::ByteOrder::LittleEndian);
-}
 
 // Every allocation of a stream fails once. A stream is swept procedure by procedure (Units): a
 // session plays what came before the failing allocation, fails it, and is checked. Two ways bring
@@ -89,13 +85,6 @@ std::vector<Unit> Units(const std::vector<OmStreamRecord>& all) {
   return units;
 }
 
-void PlayEarlierUnchecked(OmSessionProbe& probe) {
-  OmStreamWriter earlier;
-  OmSampleStreams::Descriptives(earlier, 1);
-  probe.Feed(earlier);
-  probe.MarkEarlierOutput();
-}
-
 // Plays a record on a copy of its payload, exactly as long (the session rewrites payloads in
 // place, and the sanitizer sees a read past the end). The session's own recovery ends
 // OMSExceptions; a std::bad_cast still reaches the host. Returns the allocations the message made.
@@ -116,7 +105,10 @@ std::size_t PlayRecord(OmSessionProbe& probe, const OmStreamRecord& record) {
 std::unique_ptr<OmSessionProbe> StartUnit(const Unit& unit) {
   IocvReset();
   auto probe = std::make_unique<OmSessionProbe>();
-  PlayEarlierUnchecked(*probe);
+  OmStreamWriter earlier;
+  OmSampleStreams::Descriptives(earlier, 1);
+  probe->Feed(earlier);
+  probe->MarkEarlierOutput();
   for (const OmStreamRecord& record : unit.lead) PlayRecord(*probe, record);
   return probe;
 }
@@ -224,72 +216,39 @@ std::string FailByReplay(const Unit& unit, std::size_t r, std::size_t failAt, co
   return problem.empty() ? Leaked(liveBefore) : problem;
 }
 
-// The fork: the session is forked inside operator new at the allocation that fails, so the child
-// fails it with nothing replayed, not even the start of its message. Nothing there may allocate
-// (the parent's counts would shift): the children and the first problem they report live in fixed
-// storage. Four run at a time, so that a child's wait for a processor does not hold up the sweep.
-struct Children {
-  static constexpr std::size_t kRunning = 4;
-  std::array<pid_t, kRunning> pid{};
-  std::array<int, kRunning> fd{};
-  std::array<std::size_t, kRunning> k{};
-  std::size_t forked = 0;
+// The fork: the session is forked inside operator new at each allocation that fails, and the child
+// fails it with nothing replayed, not even the start of its message, while the parent waits.
+// Nothing in the hook may allocate (the parent's counts would shift): a child's problem comes back
+// in a page shared with it, and the first one is kept in fixed storage.
+struct Forks {
   const std::size_t* ks = nullptr;  // the failures of the record being played, one per hook call
   bool inChild = false;
-  int report = -1;                  // in a child: where its problem goes
-  std::array<char, 4000> problem{};
-  std::size_t problemLength = 0;
+  char* shared = nullptr;           // kProblemBytes: the last child's problem, "" for none
+  std::array<char, 4000> problem{}; // the first problem, "" for none
   std::size_t problemK = 0;
 };
-Children gChildren;
-
-void Reap(std::size_t slot) {
-  Children& c = gChildren;
-  if (c.pid[slot] <= 0) return;
-  std::array<char, 4000> text;
-  std::size_t got = 0;
-  for (ssize_t n;
-       got < text.size() && (n = read(c.fd[slot], text.data() + got, text.size() - got)) > 0;) {
-    got += std::size_t(n);
-  }
-  close(c.fd[slot]);
-  int status = 0;
-  waitpid(c.pid[slot], &status, 0);
-  c.pid[slot] = 0;
-  if ((WIFEXITED(status) && WEXITSTATUS(status) == 0) || c.problemLength > 0) return;
-  if (got == 0) {
-    got = std::size_t(
-        std::snprintf(text.data(), text.size(), "the child died (status %d)", status));
-  }
-  c.problem = text;
-  c.problemLength = std::min(got, text.size());
-  c.problemK = c.k[slot];
-}
+constexpr std::size_t kProblemBytes = 4000;
+Forks gForks;
 
 // The allocation hook: true in the child, whose allocation then fails.
 bool ForkChild() {
-  Children& c = gChildren;
-  const std::size_t slot = c.forked % Children::kRunning;
-  const std::size_t k = *c.ks++;
-  ++c.forked;
-  Reap(slot);
-  int fds[2];
-  const pid_t pid = pipe(fds) == 0 ? fork() : -1;
-  if (pid == 0) {
-    close(fds[0]);
-    c.inChild = true;
-    c.report = fds[1];
-    return true;
+  Forks& f = gForks;
+  const std::size_t k = *f.ks++;
+  f.shared[0] = '\0';
+  const pid_t pid = fork();
+  if (pid == 0) return f.inChild = true;
+  int status = 0;
+  if (pid < 0) {
+    std::snprintf(f.shared, kProblemBytes, "fork failed");
+  } else if (waitpid(pid, &status, 0) == pid && WIFEXITED(status) && WEXITSTATUS(status) == 0) {
+    return false;
+  } else if (f.shared[0] == '\0') {
+    std::snprintf(f.shared, kProblemBytes, "the child died (status %d)", status);
   }
-  if (pid < 0 && c.problemLength == 0) {
-    c.problemLength =
-        std::size_t(std::snprintf(c.problem.data(), c.problem.size(), "pipe or fork failed"));
-    c.problemK = k;
+  if (f.problem[0] == '\0') {
+    std::snprintf(f.problem.data(), f.problem.size(), "%s", f.shared);
+    f.problemK = k;
   }
-  close(fds[1]);
-  c.pid[slot] = pid;
-  c.fd[slot] = fds[0];
-  c.k[slot] = k;
   return false;
 }
 
@@ -302,9 +261,8 @@ bool ForkChild() {
     probe.reset();
     problem = Leaked(liveBefore);
   }
-  const std::size_t n = std::min<std::size_t>(problem.size(), 4000);
-  const bool written = write(gChildren.report, problem.data(), n) == ssize_t(n);
-  _exit(problem.empty() && written ? 0 : 1);
+  std::snprintf(gForks.shared, kProblemBytes, "%s", problem.c_str());
+  _exit(problem.empty() ? 0 : 1);
 }
 
 // Where replays stop and forks take over. Under AddressSanitizer a replay costs about 1 ms (the
@@ -340,7 +298,11 @@ std::string SweepUnit(const Unit& unit, const Clean& clean, const std::vector<st
   // The hook's allocation counts, one record's at a time: room made before the leak check's count.
   std::vector<std::size_t> points;
   points.reserve(*std::max_element(clean.perRecord.begin(), clean.perRecord.end()));
-  gChildren = Children();
+  static char* const shared = static_cast<char*>(
+      mmap(nullptr, kProblemBytes, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+  if (shared == MAP_FAILED) return "no shared page for the children";
+  gForks = Forks();
+  gForks.shared = shared;
   const std::size_t liveBefore = LiveBytes();
   std::unique_ptr<OmSessionProbe> probe = StartUnit(unit);
   done = 0;
@@ -355,12 +317,12 @@ std::string SweepUnit(const Unit& unit, const Clean& clean, const std::vector<st
       for (; i < ks.size() && ks[i] <= done + clean.perRecord[r]; ++i) {
         points.push_back(before + ks[i] - done);
       }
-      gChildren.ks = ks.data() + first;
+      gForks.ks = ks.data() + first;
       CountingAllocator::CallAt(points.data(), points.size(), &ForkChild);
     };
     std::string other;
     const bool escaped = Escaped(*probe, unit.records[r], arm, other);
-    if (gChildren.inChild) {
+    if (gForks.inChild) {
       EndChild(probe, unit, r, open, procedures, escaped, other, clean, liveBefore);
     }
     if (escaped || CountingAllocator::Allocations() - before != clean.perRecord[r]) {
@@ -369,12 +331,11 @@ std::string SweepUnit(const Unit& unit, const Clean& clean, const std::vector<st
     }
     done += clean.perRecord[r];
   }
-  for (std::size_t slot = 0; slot < Children::kRunning; ++slot) Reap(slot);
-  if (gChildren.problemLength > 0) {
-    report(gChildren.problemK, std::string(gChildren.problem.data(), gChildren.problemLength));
-  }
+  if (gForks.problem[0] != '\0') report(gForks.problemK, gForks.problem.data());
   return problem;
 }
+
+constexpr OmStreamWriter::ByteOrder kOrder = OmStreamWriter::ByteOrder::LittleEndian;
 
 std::filesystem::path ExamplesDir() {
   const char* source = std::getenv("OMF_SOURCE_DIR");
@@ -384,7 +345,9 @@ std::filesystem::path ExamplesDir() {
 
 // A sample stream by its name, or an example by its file name.
 std::vector<OmStreamRecord> Stream(const std::string& name) {
-  for (const OmSampleStreams::Named& sample : Samples()) {
+  // The samples in the byte order of the machines we build on; the settings sample has no
+  // procedure, and a failure there must change nothing.
+  for (const OmSampleStreams::Named& sample : OmSampleStreams::All(kOrder)) {
     if (sample.name == name) return sample.stream.Records();
   }
   OmStreamReader reader = OmStreamReader::FromFile((ExamplesDir() / name).string());
@@ -405,12 +368,13 @@ struct Shard {
 std::vector<Shard> Shards() {
   constexpr std::size_t kRecordsPerShard = 3000;
   std::vector<std::string> names;
-  for (const OmSampleStreams::Named& sample : Samples()) names.push_back(sample.name);
-  std::vector<std::string> examples;
-  for (const auto& entry : std::filesystem::directory_iterator(ExamplesDir())) {
-    if (entry.path().extension() == ".oms") examples.push_back(entry.path().filename().string());
+  for (const OmSampleStreams::Named& sample : OmSampleStreams::All(kOrder)) {
+    names.push_back(sample.name);
   }
-  std::sort(examples.begin(), examples.end());
+  std::set<std::string> examples;
+  for (const auto& entry : std::filesystem::directory_iterator(ExamplesDir())) {
+    if (entry.path().extension() == ".oms") examples.insert(entry.path().filename().string());
+  }
   names.insert(names.end(), examples.begin(), examples.end());
   std::vector<Shard> shards;
   for (const std::string& name : names) {
@@ -515,26 +479,23 @@ std::vector<StoreOp> StoreScript() {
   return ops;
 }
 
-// The table holds exactly the cells present, with their values: walked and looked up.
-void ExpectHolds(const OmPivotTable& table, const std::map<std::vector<int>, double>& values,
-                 const std::map<std::vector<int>, bool>& present) {
-  std::size_t n = 0;
-  for (const auto& [at, here] : present) {
-    const auto* number = dynamic_cast<const OmNumber*>(table.Cell(at));
-    if (!here) {
-      EXPECT_EQ(number, nullptr);
-      continue;
+// The table holds exactly the cells with a value (0: absent): walked and looked up.
+void ExpectHolds(const OmPivotTable& table, const std::map<std::vector<int>, double>& values) {
+  std::map<std::vector<int>, double> walked;
+  std::map<std::vector<int>, double> present;
+  for (auto it = table.FirstCell(); it != table.EndCell(); ++it) {
+    const auto* number = dynamic_cast<const OmNumber*>(table.Cell(it.Coord()));
+    walked[it.Coord()] = number != nullptr ? number->Value() : -1;
+  }
+  for (const auto& [at, value] : values) {
+    if (value > 0) {
+      present[at] = value;
+    } else {
+      EXPECT_EQ(table.Cell(at), nullptr);
     }
-    ++n;
-    ASSERT_NE(number, nullptr);
-    EXPECT_EQ(number->Value(), values.at(at));
   }
-  EXPECT_EQ(table.NCells(), n);
-  std::size_t walked = 0;
-  for (auto it = table.FirstCell(); it != table.EndCell(); ++it, ++walked) {
-    ASSERT_TRUE(present.at(it.Coord()));
-  }
-  EXPECT_EQ(walked, n);
+  EXPECT_EQ(walked, present);
+  EXPECT_EQ(table.NCells(), present.size());
 }
 
 // Runs the script on a fresh table with allocation failAt failing (0: none). When the failure
@@ -548,28 +509,25 @@ std::size_t PlayStore(const std::vector<StoreOp>& ops, std::size_t failAt) {
   table.CellOrderHint(2);
   // Every map node exists before the failure is armed: the bookkeeping must not allocate.
   std::map<std::vector<int>, double> values;
-  std::map<std::vector<int>, bool> present;
   for (const StoreOp& op : ops) {
-    if (op.kind == StoreOp::kPut) values[op.at] = -1;
+    if (op.kind == StoreOp::kPut) values[op.at] = 0;
   }
-  for (const auto& [at, value] : values) present[at] = false;
   double next = 0;
   auto apply = [&](const StoreOp& op) {
     switch (op.kind) {
       case StoreOp::kPut:
         table.Cell(op.at, std::make_unique<OmNumber>(next + 1));
         values.at(op.at) = ++next;
-        present.at(op.at) = true;
         break;
       case StoreOp::kFind:
         table.Cell(op.at);
         break;
       case StoreOp::kTake:
-        if (table.TakeCell(op.at) != nullptr) present.at(op.at) = false;
+        if (table.TakeCell(op.at) != nullptr) values.at(op.at) = 0;
         break;
       case StoreOp::kDrop:
         table.DropCells(op.at[0], {op.at[1]});
-        for (auto& [at, here] : present) here = here && at[std::size_t(op.at[0])] != op.at[1];
+        for (auto& [at, value] : values) value = at[std::size_t(op.at[0])] == op.at[1] ? 0 : value;
         break;
     }
   };
@@ -579,13 +537,13 @@ std::size_t PlayStore(const std::vector<StoreOp>& ops, std::size_t failAt) {
     try {
       apply(op);
     } catch (const std::bad_alloc&) {
-      ExpectHolds(table, values, present);
+      ExpectHolds(table, values);
       apply(op);
     }
   }
   CountingAllocator::Disarm();
   const std::size_t allocations = CountingAllocator::Allocations() - before;
-  ExpectHolds(table, values, present);
+  ExpectHolds(table, values);
   return allocations;
 }
 

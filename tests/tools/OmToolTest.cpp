@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <set>
 #include <sstream>
 #include <string>
@@ -28,29 +29,16 @@ std::string Bytes(const OmStreamWriter& stream) {
 
 // The kinds and labels of an outline, depth first, as "kind:label" entries.
 std::vector<std::string> Outline(const json& node) {
-  std::vector<std::string> out;
-  std::vector<const json*> todo{&node};
-  while (!todo.empty()) {
-    const json* n = todo.back();
-    todo.pop_back();
-    out.push_back((*n)["kind"].get<std::string>() + ":" + (*n)["label"].get<std::string>());
-    const json& children = (*n)["children"];
-    for (auto it = children.rbegin(); it != children.rend(); ++it) todo.push_back(&*it);
+  std::vector<std::string> out{node["kind"].get<std::string>() + ":" +
+                               node["label"].get<std::string>()};
+  for (const json& child : node["children"]) {
+    for (std::string& entry : Outline(child)) out.push_back(std::move(entry));
   }
   return out;
 }
 
 bool Has(const std::vector<std::string>& list, const std::string& item) {
-  for (const std::string& s : list) {
-    if (s == item) return true;
-  }
-  return false;
-}
-
-int Lines(const std::string& text) {
-  int n = 0;
-  for (char c : text) n += c == '\n';
-  return n;
+  return std::find(list.begin(), list.end(), item) != list.end();
 }
 
 TEST(OmTool, UnusableInputFilesStopWithStatusTwoAndOneLineAndNoOutput) {
@@ -78,7 +66,7 @@ TEST(OmTool, UnusableInputFilesStopWithStatusTwoAndOneLineAndNoOutput) {
       const Result run = Tool({command, c.path});
       EXPECT_EQ(run.status, 2) << command << " " << c.path;
       EXPECT_EQ(run.out, "") << command << " " << c.path;
-      EXPECT_EQ(Lines(run.err), 1) << run.err;
+      EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
       EXPECT_NE(run.err.find(c.reason), std::string::npos) << run.err;
     }
   }

@@ -1,29 +1,8 @@
 // The hot messages allocate nothing but the cells a table keeps: counts every heap allocation of
 // this test program while IPC_NUMBER, IPC_STRING, IPC_CELL and IPC_CATEGORY messages are handled.
-#include <cstdlib>
-#include <new>
-
 #include "SessionFixture.h"
 #include "platform/outputmodel/OmNumber.h"
-
-namespace {
-std::size_t gAllocations = 0;
-}  // namespace
-
-namespace {
-void* Allocate(std::size_t size) {
-  ++gAllocations;
-  if (void* p = std::malloc(size == 0 ? 1 : size)) return p;
-  throw std::bad_alloc();
-}
-}  // namespace
-
-void* operator new(std::size_t size) { return Allocate(size); }
-void* operator new[](std::size_t size) { return Allocate(size); }
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete[](void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
-void operator delete[](void* p, std::size_t) noexcept { std::free(p); }
+#include "tests/robustness/OmCountingAllocator.h"
 
 namespace sessiontest {
 namespace {
@@ -40,11 +19,11 @@ protected:
   }
   // Allocations made while the session handles records.
   std::size_t Count(std::vector<OmStreamRecord>& records) {
-    const std::size_t before = gAllocations;
+    const std::size_t before = robustness::CountingAllocator::Allocations();
     for (OmStreamRecord& record : records) {
       factory->Message(record.code, unsigned(record.payload.size()), record.payload.data());
     }
-    return gAllocations - before;
+    return robustness::CountingAllocator::Allocations() - before;
   }
 };
 

@@ -129,7 +129,7 @@ TEST_F(Recovery, OutputMissingMarksTheCutAndWhatWasCollectedIsKept) {
 
 using OutputSettings = SessionTest;
 
-TEST_F(OutputSettings, DisplayModeKeywordsMapTheirValuesAndUnknownKeywordsAreIgnored) {
+TEST_F(OutputSettings, KeywordsMapTheirValuesAndUnknownOnesAreIgnored) {
   writer.OutputSetting("OVARS", "Names");
   writer.OutputSetting("TVARS", "Both");
   writer.OutputSetting("ONUMBERS", "Values");
@@ -142,9 +142,8 @@ TEST_F(OutputSettings, DisplayModeKeywordsMapTheirValuesAndUnknownKeywordsAreIgn
   EXPECT_EQ(factory->TableVarDisplayMode(), 3u);
   EXPECT_EQ(factory->OutlineValueDisplayMode(), 1u);
   EXPECT_EQ(factory->TableValueDisplayMode(), 0u);
-}
 
-TEST_F(OutputSettings, TfitIsOnOnlyForLabelsAndMioutputSetsEachFlagByItsWord) {
+  // TFIT is on only for labels; MIOUTPUT sets each flag by its word.
   writer.OutputSetting("TFIT", "Labels");
   Feed();
   EXPECT_TRUE(factory->LabelsOnly());
@@ -158,9 +157,8 @@ TEST_F(OutputSettings, TfitIsOnOnlyForLabelsAndMioutputSetsEachFlagByItsWord) {
   EXPECT_TRUE(observed);
   EXPECT_FALSE(imputed);
   EXPECT_FALSE(diagnostics);
-}
 
-TEST_F(OutputSettings, OlangWithoutAMatchChangesNothing) {
+  // OLANG without a match changes nothing.
   factory->SetStringTablePath(std::string("/somewhere"));
   writer.OutputSetting("OLANG", "xx");
   writer.OutputSetting("OLANG", "DEUTSCH");
