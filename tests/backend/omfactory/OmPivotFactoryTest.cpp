@@ -220,6 +220,7 @@ protected:
 
 TEST_F(PivotFactorySplitTest, CopiedBuilderFindsCategoriesAndOpenGroupsInTheNewTable) {
   _splitsBuilder.Group(0, Text("Adults"));
+  _splitsBuilder.Group(0, Text("Working"));  // first in its parent: found by a path with a 0
   _splitsBuilder.SetCategory(0, Text("senior"));
   OmPivotTable table(Text("Split"), Text("Split"), true);
   table.CopyDimensions(_splits);
@@ -228,10 +229,12 @@ TEST_F(PivotFactorySplitTest, CopiedBuilderFindsCategoriesAndOpenGroupsInTheNewT
   EXPECT_FALSE(builder.AllGroupsClosed());
   builder.SetCategory(0, Text("senior"));  // found in the new table's copy of the group
   builder.SetCategory(0, Text("junior"));  // added there, not in the splits table
-  const OmDimensionNode& adults = *table.Dimension(0).Root().Child(2);
-  ASSERT_EQ(adults.NChildren(), 2u);
-  EXPECT_EQ(adults.Child(1)->LeafIndex(), 3);
-  EXPECT_EQ(_splits.Dimension(0).Root().Child(2)->NChildren(), 1u);
+  const OmDimensionNode& working = *table.Dimension(0).Root().Child(2)->Child(0);
+  ASSERT_EQ(working.NChildren(), 2u);
+  EXPECT_EQ(working.Child(1)->LeafIndex(), 3);
+  EXPECT_EQ(_splits.Dimension(0).Root().Child(2)->Child(0)->NChildren(), 1u);
+  builder.EndGroup(0);
+  EXPECT_FALSE(builder.AllGroupsClosed());
   builder.EndGroup(0);
   EXPECT_TRUE(builder.AllGroupsClosed());
   EXPECT_FALSE(_splitsBuilder.AllGroupsClosed());

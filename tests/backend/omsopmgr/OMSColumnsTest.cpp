@@ -77,6 +77,7 @@ TEST(OMSColumns, EqualityComparesFormThenEntriesInOrder) {
   EXPECT_NE(Sequence({"R1"}), Sequence({"R1", "C2"}));
   EXPECT_EQ(DimNames({"Statistics"}), DimNames({"STATISTICS"}));
   EXPECT_NE(DimNames({"Statistics"}), DimNames({"Variables"}));
+  EXPECT_NE(DimNames({"Statistics"}), DimNames({"Statistics", "Variables"}));
   EXPECT_NE(DimNames({"R1"}), Sequence({"R1"}));
   OMSColumns formOnly;
   formOnly.SetColumnsForm(OMSColumns::kSEQUENCE);
