@@ -293,14 +293,13 @@ long OmMIColumnPoolingPattern::ReadImputations(OmPivotTable& table, Context& c) 
   return 0;
 }
 
+// Asked only of terms whose estimate every imputation has (the terms check comes first).
 bool OmMIColumnPoolingPattern::HasStandardErrors(const OmPivotTable& table, Context& c, int term) const {
   if (!c.standardError.Has()) return true;
   const int categories = table.Size(c.imputationDim);
   OmNumber scratch(0.0);
   for (int i = 0; i < categories; ++i) {
     if (!c.IsImputation(i)) continue;
-    const OmNumber* key = OmPoolingTools::ReadNumber(table, c.Cell(*c.key, term, i), scratch);
-    if (!key || key->IsSysMiss()) continue;
     const OmNumber* se = OmPoolingTools::ReadNumber(table, c.Cell(c.standardError, term, i), scratch);
     if (!se || se->IsSysMiss()) return false;
   }
