@@ -182,6 +182,8 @@ TEST_F(ProcedureFactoryTest, HeadingFootnotesReachANewTableRootMostFirst) {
   EXPECT_EQ(table.Footnotes()[0].Text().Text(), "Outer note");
   EXPECT_EQ(table.Footnotes()[1].Text().Text(), "Inner note");
   EXPECT_EQ(table.Label()->Footnotes(), (std::vector<std::int16_t>{0, 1}));
+  proc->AnnotateHeading(OmFootnote(Text("Inner note")));  // reaches the table: its equal serves
+  EXPECT_EQ(table.Footnotes().size(), 2u);
 }
 
 TEST_F(ProcedureFactoryTest, AnnotateHeadingAtTheRootThrowsBadCast) {
