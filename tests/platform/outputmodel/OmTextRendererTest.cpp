@@ -41,6 +41,23 @@ TEST(OmTextRenderer, EveryLayerGetsItsOwnBlock) {
   EXPECT_EQ(hidden.find("Sex"), std::string::npos) << hidden;
 }
 
+// A group of an inner column dimension is labelled once under each category of the outer one.
+TEST(OmTextRenderer, InnerColumnGroupsAreLabelledOncePerOuterCategory) {
+  OmPivotTable t(S("Grouped"), S("G"));
+  for (const char* label : {"Year", "Measure", "Row"}) t.AddDimension(S(label));
+  for (short d : {0, 1}) t.Columns().push_back(d);
+  t.Rows().push_back(2);
+  for (const char* year : {"2024", "2025"}) t.Dimension(0).Child(&t.Dimension(0).Root(), -1, S(year), false);
+  OmDimension::Node money = t.Dimension(1).Child(&t.Dimension(1).Root(), -1, S("Money"), true);
+  for (const char* measure : {"Cost", "Price"}) t.Dimension(1).Child(money, -1, S(measure), false);
+  t.Dimension(2).Child(&t.Dimension(2).Root(), -1, S("r"), false);
+  for (int c = 0; c < 4; ++c) t.Cell({c / 2, c % 2, 0}, OmNumber(c, 0x50005));
+  const std::string text = OmTextRenderer().RenderTable(t);
+  std::size_t labels = 0;
+  for (std::size_t at = text.find("Money"); at != std::string::npos; at = text.find("Money", at + 1)) ++labels;
+  EXPECT_EQ(labels, 2u) << text;
+}
+
 TEST(OmTextRenderer, FootnoteMarkersRunThroughTheAlphabet) {
   OmPivotTable t(S("t"), S("t"));
   EXPECT_EQ(OmTextRenderer::FootnoteMarker(t, 0), "a");
