@@ -148,6 +148,8 @@ TEST(OMSRecord, ReadingLeavesTheFieldsOutsideTheRecordAlone) {
   // The notes choice is streamed but its "specified" mark is not: the reader's stays unset.
   EXPECT_FALSE(reader.ShowNotesTables());
   EXPECT_FALSE(reader.IsObjectSelected(16, "Frequencies", "Notes", "Notes"));
+  reader.ShowNotesTables(true);  // an explicit choice decides for notes tables, not the types
+  EXPECT_TRUE(reader.IsObjectSelected(16, "Frequencies", "Notes", "Notes"));
 }
 
 TEST(OMSRecord, NegativeOrHugeCountsAreExceptionsNotAllocations) {
