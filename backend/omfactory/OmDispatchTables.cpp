@@ -26,6 +26,52 @@ using namespace omdispatch;
 
 // Tables.
 
+void OmFactory::Data::OnCell(OmPayload& message) {
+  message.Need(12);
+  const int tcid = message.Byte(0);
+  const int valueId = message.CellId(4, "value cell id");
+  const int categoryId = message.CellId(8, "category cell id");
+  if (tcid == _droppingTCID) {
+    _cells.Discard(valueId);
+    _cells.Discard(categoryId);
+    return;
+  }
+  OmPivotFactory* builder = BuilderOrDiscard(tcid, true, valueId, categoryId);
+  if (builder == nullptr) {
+    _droppingTCID = tcid;
+    return;
+  }
+  // A plain number (nearly every cell's value) goes to the table as a number: no cell object.
+  double number = 0;
+  std::uint32_t format = 0;
+  icuTracker* numberTracker = nullptr;
+  const bool plain = _cells.TakeNumber(valueId, number, format, numberTracker);
+  std::unique_ptr<OmCellText> value = plain ? nullptr : _cells.Take(valueId);
+  // A plain text label (nearly every cell's) is looked up as text; its cell is made only
+  // for a category the dimension does not have yet.
+  bool translatable = false;
+  const bool text = _cells.TakeText(categoryId, _labelText, translatable);
+  std::unique_ptr<OmCellText> category = text ? nullptr : _cells.Take(categoryId);
+  if (!plain) Required(message, value, valueId, "value cell id");
+  if (!text) Required(message, category, categoryId, "category cell id");
+  if (value) value->Accept(_tableFixer);
+  if (category) category->Accept(_tableFixer);
+  const int d = builder->CellDimension();
+  builder->SelectCellDimension();
+  if (text && !builder->SetExistingCategory(d, _labelText)) {
+    category = std::make_unique<OmStringCell>(_labelText, translatable);
+  }
+  if (category) {
+    category->setICUTracker(builder->Table().getICUTracker());
+    builder->SetCategory(d, *category);
+  }
+  if (plain) {
+    builder->Number(number, format, numberTracker);
+  } else {
+    builder->Cell(std::move(value));
+  }
+}
+
 void OmFactory::Data::OnTableMessage(OmPayload& message) {
   using enum MessageCode;
   switch (message.Code()) {
@@ -107,52 +153,6 @@ void OmFactory::Data::OnTableMessage(OmPayload& message) {
         builder->EndGroup(d);
       } else if (message.Code() == IPC_CELL_DIMENSION) {
         builder->SetCellDimension(d);
-      }
-      break;
-    }
-    case IPC_CELL: {
-      message.Need(12);
-      const int tcid = message.Byte(0);
-      const int valueId = message.CellId(4, "value cell id");
-      const int categoryId = message.CellId(8, "category cell id");
-      if (tcid == _droppingTCID) {
-        _cells.Discard(valueId);
-        _cells.Discard(categoryId);
-        break;
-      }
-      OmPivotFactory* builder = BuilderOrDiscard(tcid, true, valueId, categoryId);
-      if (builder == nullptr) {
-        _droppingTCID = tcid;
-        break;
-      }
-      // A plain number (nearly every cell's value) goes to the table as a number: no cell object.
-      double number = 0;
-      std::uint32_t format = 0;
-      icuTracker* numberTracker = nullptr;
-      const bool plain = _cells.TakeNumber(valueId, number, format, numberTracker);
-      std::unique_ptr<OmCellText> value = plain ? nullptr : _cells.Take(valueId);
-      // A plain text label (nearly every cell's) is looked up as text; its cell is made only
-      // for a category the dimension does not have yet.
-      bool translatable = false;
-      const bool text = _cells.TakeText(categoryId, _labelText, translatable);
-      std::unique_ptr<OmCellText> category = text ? nullptr : _cells.Take(categoryId);
-      if (!plain) Required(message, value, valueId, "value cell id");
-      if (!text) Required(message, category, categoryId, "category cell id");
-      if (value) value->Accept(_tableFixer);
-      if (category) category->Accept(_tableFixer);
-      const int d = builder->CellDimension();
-      builder->SelectCellDimension();
-      if (text && !builder->SetExistingCategory(d, _labelText)) {
-        category = std::make_unique<OmStringCell>(_labelText, translatable);
-      }
-      if (category) {
-        category->setICUTracker(builder->Table().getICUTracker());
-        builder->SetCategory(d, *category);
-      }
-      if (plain) {
-        builder->Number(number, format, numberTracker);
-      } else {
-        builder->Cell(std::move(value));
       }
       break;
     }

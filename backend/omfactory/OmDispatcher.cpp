@@ -49,15 +49,29 @@ bool LeavesDropDecision(short code) {
 
 void OmFactory::Data::ProcessMessage(short code, unsigned length, const void* payload) {
   using enum MessageCode;
+  // The three messages of nearly every cell (its number, its label, the cell) are told apart by
+  // direct tests before the general dispatch: they leave the drop decision alone, and a jump
+  // table's indirect branch is the one that a busy host's context switches leave unpredicted.
+  if (code == short(IPC_CELL)) {
+    OmPayload message(code, length, payload, _swapBytes);
+    return OnCell(message);
+  }
+  if (code == short(IPC_NUMBER)) {
+    OmPayload message(code, length, payload, _swapBytes);
+    return OnNumber(message);
+  }
+  if (code == short(IPC_STRING)) {
+    OmPayload message(code, length, payload, _swapBytes);
+    return OnString(message);
+  }
   if (!LeavesDropDecision(code)) _droppingTCID = -1;
-  // The session messages all lie below the output range.
+  // The session messages all lie below the output range. (Numbers, texts and cells were
+  // handled above.)
   if (code < kFirstOutputCode) return ProcessNonBagpipeMessage(code, length, payload);
   if (code > kLastOutputCode) return;
   OmPayload message(code, length, payload, _swapBytes);
   switch (message.Code()) {
-    case IPC_NUMBER:
     case IPC_INTEGER:
-    case IPC_STRING:
     case IPC_VARIABLE:
     case IPC_DATA_VALUE:
     case IPC_DISCARD_CELL:
@@ -82,7 +96,6 @@ void OmFactory::Data::ProcessMessage(short code, unsigned length, const void* pa
     case IPC_BEGIN_GROUP:
     case IPC_END_GROUP:
     case IPC_CELL_DIMENSION:
-    case IPC_CELL:
     case IPC_CELL_CATEGORY:
     case IPC_END_TABLE:
     case IPC_DIMENSION:
@@ -195,46 +208,46 @@ void OmFactory::Data::ProcessNonBagpipeMessage(short code, unsigned length, cons
 
 // Cells.
 
+inline void OmFactory::Data::OnNumber(OmPayload& message) {
+  message.Need(16);
+  const double value = message.F64(0);
+  const std::uint32_t format = message.Format(8);
+  const int id = message.CellId(12, "cell id");
+  _cells.StoreNumber(id, value, format, _tracker);
+}
+
+inline void OmFactory::Data::OnString(OmPayload& message) {
+  message.Need(12);
+  const std::int32_t length = message.Int32(0);
+  const std::int32_t id = message.Int32(4);
+  const std::int32_t literal = message.Int32(8);
+  const std::string_view text = message.Text(12, length, "text");
+  if (length > kChunkLimit) {
+    if (!_strings.Fits(text.size())) {
+      const double pending = double(_strings.PendingBytes() + text.size());
+      _strings.DropChunks();
+      message.Fail("chunked text above limit", pending, double(OmStringAssembler::kMaxBytes));
+    }
+    _strings.AppendChunk(text);
+    return;
+  }
+  message.CheckCellId(id, "cell id");
+  if (!_strings.HasChunks()) {
+    _cells.StoreText(id, text, literal == 0, _tracker);
+    return;
+  }
+  StoreCell(id, std::make_unique<OmStringCell>(_strings.FinishChunks(text), literal == 0));
+}
+
 inline void OmFactory::Data::OnCellMessage(OmPayload& message) {
   using enum MessageCode;
   switch (message.Code()) {
-    case IPC_NUMBER: {
-      message.Need(16);
-      const double value = message.F64(0);
-      const std::uint32_t format = message.Format(8);
-      const int id = message.CellId(12, "cell id");
-      _cells.StoreNumber(id, value, format, _tracker);
-      break;
-    }
     case IPC_INTEGER: {
       message.Need(12);
       const double value = message.Int32(0);
       const std::uint32_t format = message.Format(4);
       const int id = message.CellId(8, "cell id");
       _cells.StoreNumber(id, value, format, _tracker);
-      break;
-    }
-    case IPC_STRING: {
-      message.Need(12);
-      const std::int32_t length = message.Int32(0);
-      const std::int32_t id = message.Int32(4);
-      const std::int32_t literal = message.Int32(8);
-      const std::string_view text = message.Text(12, length, "text");
-      if (length > kChunkLimit) {
-        if (!_strings.Fits(text.size())) {
-          const double pending = double(_strings.PendingBytes() + text.size());
-          _strings.DropChunks();
-          message.Fail("chunked text above limit", pending, double(OmStringAssembler::kMaxBytes));
-        }
-        _strings.AppendChunk(text);
-        break;
-      }
-      message.CheckCellId(id, "cell id");
-      if (!_strings.HasChunks()) {
-        _cells.StoreText(id, text, literal == 0, _tracker);
-        break;
-      }
-      StoreCell(id, std::make_unique<OmStringCell>(_strings.FinishChunks(text), literal == 0));
       break;
     }
     case IPC_VARIABLE: {

@@ -94,6 +94,10 @@ struct OmFactory::Data {
   // Inlined into the dispatcher (its one caller): numbers and texts are most of a stream, and a
   // second call and switch on each cost about a twentieth of dropping an unwanted table.
   [[gnu::always_inline]] inline void OnCellMessage(OmPayload& payload);
+  // The value and label messages of nearly every cell, and the cell itself (OmDispatchTables.cpp).
+  [[gnu::always_inline]] inline void OnNumber(OmPayload& payload);
+  [[gnu::always_inline]] inline void OnString(OmPayload& payload);
+  void OnCell(OmPayload& payload);
   void OnCompositeMessage(OmPayload& payload);
   void OnLongString(OmPayload& payload);
   void OnLongText(OmPayload& payload);

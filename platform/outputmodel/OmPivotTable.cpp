@@ -8,11 +8,8 @@
 #include <unordered_map>
 #include <utility>
 
-#ifdef __linux__
-#include <sys/mman.h>
-#endif
-
 #include "platform/errors/OMSException.h"
+#include "platform/outputmodel/OmHugePages.h"
 #include "platform/outputmodel/OmNumber.h"
 
 namespace {
@@ -405,7 +402,7 @@ private:
   void BuildIndex(std::size_t size) {
     std::vector<Slot> index;
     index.reserve(size);
-    PreferHugePages(index.data(), index.capacity() * sizeof(Slot));
+    OmPreferHugePages(index.data(), index.capacity() * sizeof(Slot));
     Refill(index, size);
   }
 
@@ -422,7 +419,7 @@ private:
   static void Regrow(std::vector<T>& array, std::size_t room) {
     std::vector<T> grown;
     grown.reserve(room);
-    PreferHugePages(grown.data(), grown.capacity() * sizeof(T));
+    OmPreferHugePages(grown.data(), grown.capacity() * sizeof(T));
     grown.assign(array.begin(), array.end());
     array.swap(grown);
   }
@@ -548,23 +545,9 @@ private:
     if (!_index.empty()) Refill(index, _index.size());  // the hashes changed with the keys
   }
 
-  // The arrays of large tables ask for transparent huge pages before their memory is first
-  // touched: filling many megabytes otherwise takes a page fault every 4 KiB.
-  static void PreferHugePages(const void* block, std::size_t bytes) {
-#ifdef __linux__
-    constexpr std::uintptr_t kPage = 4096;
-    if (bytes < (std::size_t(4) << 20)) return;
-    const std::uintptr_t begin = (reinterpret_cast<std::uintptr_t>(block) + kPage - 1) & ~(kPage - 1);
-    const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(block) + bytes) & ~(kPage - 1);
-    if (end > begin) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);  // advice only
-#else
-    (void)block;
-    (void)bytes;
-#endif
-  }
   static Keys NewKeys(std::size_t words) {
     Keys keys = std::make_unique_for_overwrite<std::uint64_t[]>(words);
-    PreferHugePages(keys.get(), words * sizeof(std::uint64_t));
+    OmPreferHugePages(keys.get(), words * sizeof(std::uint64_t));
     return keys;
   }
 

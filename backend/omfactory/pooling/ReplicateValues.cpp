@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/errors/OMSException.h"
+#include "platform/outputmodel/OmHugePages.h"
 #include "platform/outputmodel/OmNumber.h"
 
 ReplicateValues::ReplicateValues(const OmPivotTable& table, int splitDim) : _splitDim(splitDim) {
@@ -32,6 +33,8 @@ bool ReplicateValues::Gather(const OmPivotTable& table, std::size_t width, int* 
   _keys.reserve(expected * (_dimensions - 1));
   _values.reserve(expected * width);
   _held.reserve(expected * width);
+  OmPreferHugePages(_values.data(), _values.capacity() * sizeof(double));
+  OmPreferHugePages(_held.data(), _held.capacity() * sizeof(Held));
   _hashes.reserve(expected);
   Reindex(16);
   *highest = 0;
