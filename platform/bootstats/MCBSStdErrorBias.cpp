@@ -15,6 +15,9 @@ struct MCBSStdErrorBias::Data {
 
 MCBSStdErrorBias::MCBSStdErrorBias() : _my(std::make_unique<Data>()) {}
 
+MCBSStdErrorBias::MCBSStdErrorBias(std::size_t count, double mean, double sumSquares)
+    : _my(std::make_unique<Data>(Data{count, mean, sumSquares})) {}
+
 MCBSStdErrorBias::MCBSStdErrorBias(const MCBSStdErrorBias& other)
     : _my(std::make_unique<Data>(*other._my)) {}
 
@@ -27,20 +30,10 @@ MCBSStdErrorBias::MCBSStdErrorBias(MCBSStdErrorBias&& other) noexcept = default;
 MCBSStdErrorBias& MCBSStdErrorBias::operator=(MCBSStdErrorBias&& other) noexcept = default;
 MCBSStdErrorBias::~MCBSStdErrorBias() = default;
 
-namespace {
-// Welford's step; the caller skips the system-missing value.
-inline void Accumulate(std::size_t& count, double& mean, double& sumSquares, double value) {
-  ++count;
-  const double delta = value - mean;
-  mean += delta / static_cast<double>(count);
-  sumSquares += delta * (value - mean);
-}
-}  // namespace
-
 void MCBSStdErrorBias::AddBootstrapStat(double value) {
   if (value == MCBSCommon::SystemMissing) return;
   Data& my = *_my;
-  Accumulate(my._count, my._mean, my._sumSquares, value);
+  Step(my._count, my._mean, my._sumSquares, value);
 }
 
 void MCBSStdErrorBias::AddBootstrapStats(const double* values, std::size_t count) {
@@ -50,7 +43,7 @@ void MCBSStdErrorBias::AddBootstrapStats(const double* values, std::size_t count
   double mean = my._mean;
   double sumSquares = my._sumSquares;
   for (std::size_t i = 0; i < count; ++i) {
-    if (values[i] != MCBSCommon::SystemMissing) Accumulate(n, mean, sumSquares, values[i]);
+    if (values[i] != MCBSCommon::SystemMissing) Step(n, mean, sumSquares, values[i]);
   }
   my._count = n;
   my._mean = mean;

@@ -8,6 +8,8 @@
 class MCBSStdErrorBias {
 public:
   MCBSStdErrorBias();
+  // Resumes an accumulation that Step carried this far elsewhere.
+  MCBSStdErrorBias(std::size_t count, double mean, double sumSquares);
   MCBSStdErrorBias(const MCBSStdErrorBias& other);
   MCBSStdErrorBias& operator=(const MCBSStdErrorBias& other);
   MCBSStdErrorBias(MCBSStdErrorBias&& other) noexcept;
@@ -33,6 +35,15 @@ public:
 
   // Mean of the replicates; system-missing without replicates.
   double GetMean() const;
+
+  // One step of the accumulation (Welford's), for value (not system-missing): callers that
+  // accumulate several statistics side by side use it to get the very same results.
+  static void Step(std::size_t& count, double& mean, double& sumSquares, double value) {
+    ++count;
+    const double delta = value - mean;
+    mean += delta / static_cast<double>(count);
+    sumSquares += delta * (value - mean);
+  }
 
 private:
   struct Data;

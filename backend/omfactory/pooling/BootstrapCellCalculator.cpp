@@ -1,9 +1,11 @@
 #include "backend/omfactory/pooling/BootstrapCellCalculator.h"
 
+#include <optional>
 #include <utility>
 
 #include "backend/omfactory/pooling/OmBootCalculator.h"
 #include "backend/omfactory/pooling/OmPoolingTools.h"
+#include "platform/bootstats/MCBSStdErrorBias.h"
 #include "platform/errors/OMSException.h"
 #include "platform/outputmodel/OmNumber.h"
 
@@ -60,13 +62,22 @@ void BootstrapCellCalculator::ComputeCollected(const OmPivotTable::Coordinates& 
   Data& my = *_my;
   ReplicateCollector& collected = my._collector;
   std::vector<double>& replicates = collected.Replicates();
+  const std::size_t gathered = replicates.size();
   // A statistic that some samples could not produce (a count of zero) is counted as 0 there.
   if (zeroFill && replicates.size() < my._sampleCount) replicates.resize(my._sampleCount, 0.0);
+  // The gathering accumulated the replicates' moments beside other statistics' (much faster);
+  // the zeros filled in continue them.
+  std::optional<MCBSStdErrorBias> moments;
+  if (const auto& m = collected.ReplicateMoments(); m && m->count == gathered) {
+    moments.emplace(m->count, m->mean, m->sumSquares);
+    moments->AddBootstrapStats(replicates.data() + gathered, replicates.size() - gathered);
+  }
 
   const OmBootCalculator calculator(replicates, collected.ReplicateStdErrors(),
                                     collected.JackknifeValues(), *my._jackknifeList,
                                     collected.JackknifeStart(), collected.JackknifeEnd(),
-                                    collected.Estimate(), collected.EstimateStdError());
+                                    collected.Estimate(), collected.EstimateStdError(),
+                                    moments ? &*moments : nullptr);
   const auto [lower, upper] = calculator.ConfidenceInterval(my._levelPct);
   const double significance = calculator.Significance(2, 0.0);
   const bool boundMissing = lower == OmNumber::kSysMiss || upper == OmNumber::kSysMiss;

@@ -49,7 +49,8 @@ OmBootCalculator::OmBootCalculator(const std::vector<double>& replicates,
                                    const std::vector<double>& jackknifeValues,
                                    const JackknifeList& jackknifeList,
                                    std::uint32_t jackknifeStart, std::uint32_t jackknifeEnd,
-                                   double estimate, double estimateStdError)
+                                   double estimate, double estimateStdError,
+                                   const MCBSStdErrorBias* accumulated)
     : _my(std::make_unique<Data>()) {
   static const char* const kMismatch = "OmBootCalculator::OmBootCalculator -- size mismatch";
   if (!replicateStdErrors.empty() && replicateStdErrors.size() != replicates.size()) {
@@ -75,10 +76,13 @@ OmBootCalculator::OmBootCalculator(const std::vector<double>& replicates,
   my._jackknifePresent = AllPresent(jackknifeValues);
 
   if (my._replicatesPresent && !replicates.empty()) {
-    MCBSStdErrorBias accumulator;
-    accumulator.AddBootstrapStats(replicates.data(), replicates.size());
-    my._bias = accumulator.GetBias(estimate);
-    my._standardError = accumulator.GetStandardError();
+    MCBSStdErrorBias own;
+    if (accumulated == nullptr) {
+      own.AddBootstrapStats(replicates.data(), replicates.size());
+      accumulated = &own;
+    }
+    my._bias = accumulated->GetBias(estimate);
+    my._standardError = accumulated->GetStandardError();
   }
 }
 

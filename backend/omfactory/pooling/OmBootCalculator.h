@@ -10,6 +10,8 @@
 
 #include "platform/bootspecs/SvrBootstrapSpecs.h"
 
+class MCBSStdErrorBias;
+
 class OmBootCalculator {
 public:
   using JackknifeList = std::vector<SvrBootstrapSpecs::JackknifeEntry>;
@@ -19,12 +21,13 @@ public:
   // cell's range of that list. estimateStdError is system-missing when the cell has none.
   // A standard error list that is neither empty nor as long as the replicates, or a range
   // beyond the jackknife list, is an OMSException "OmBootCalculator::OmBootCalculator -- size
-  // mismatch". Bias and standard error are computed here.
+  // mismatch". Bias and standard error are computed here, from accumulated when given (the
+  // replicates' accumulation carried out already; borrowed for the constructor only).
   OmBootCalculator(const std::vector<double>& replicates,
                    const std::vector<double>& replicateStdErrors,
                    const std::vector<double>& jackknifeValues, const JackknifeList& jackknifeList,
                    std::uint32_t jackknifeStart, std::uint32_t jackknifeEnd, double estimate,
-                   double estimateStdError);
+                   double estimateStdError, const MCBSStdErrorBias* accumulated = nullptr);
   OmBootCalculator(const OmBootCalculator& other);
   OmBootCalculator& operator=(const OmBootCalculator& other);
   ~OmBootCalculator();

@@ -62,6 +62,7 @@ bool ReplicateCollector::Collect(const OmPivotTable::Coordinates& estimate,
   _replicates.clear();
   _jackknifeValues.clear();
   _replicateStdErrors.clear();
+  _moments.reset();
   _estimateStdError = OmNumber::kSysMiss;
   _jackknifeStart = _jackknifeEnd = 0;
   _jackknifeComplete = _jackknifeCount == 0;
@@ -83,6 +84,7 @@ bool ReplicateCollector::Collect(const OmPivotTable::Coordinates& estimate,
 
   const ReplicateValues::Row row = values.Find(estimate);
   Gather(row, mask, _replicates);
+  if (mask.empty() && row.held != nullptr) _moments = values.MomentsOf(row, _sampleCount);
   CollectJackknife(row);
 
   if (!stdError.empty()) {

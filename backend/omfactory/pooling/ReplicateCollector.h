@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "backend/omfactory/pooling/ReplicateValues.h"
@@ -45,6 +46,9 @@ public:
   const std::vector<double>& Replicates() const { return _replicates; }
   const std::vector<double>& JackknifeValues() const { return _jackknifeValues; }
   const std::vector<double>& ReplicateStdErrors() const { return _replicateStdErrors; }
+  // The moments of Replicates() as gathered, when every replicate was open to the statistic (no
+  // replicate mask); empty otherwise.
+  const std::optional<ReplicateValues::Moments>& ReplicateMoments() const { return _moments; }
   // The statistic's range of the jackknife list, [start, end); jackknife value k belongs to entry
   // start + k. Both 0 when there is no complete range.
   std::uint32_t JackknifeStart() const { return _jackknifeStart; }
@@ -89,6 +93,7 @@ private:
   std::vector<double> _replicates;
   std::vector<double> _jackknifeValues;
   std::vector<double> _replicateStdErrors;
+  std::optional<ReplicateValues::Moments> _moments;
   std::uint32_t _jackknifeStart = 0;
   std::uint32_t _jackknifeEnd = 0;
   bool _jackknifeComplete = true;

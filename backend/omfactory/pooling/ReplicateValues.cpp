@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/bootstats/MCBSStdErrorBias.h"
 #include "platform/errors/OMSException.h"
 #include "platform/outputmodel/OmHugePages.h"
 #include "platform/outputmodel/OmNumber.h"
@@ -138,7 +139,36 @@ ReplicateValues::Row ReplicateValues::Find(const OmPivotTable::Coordinates& addr
   const std::uint32_t row = Lookup(address.data(), HashOf(address.data()));
   if (row == kNone) return {};
   const std::size_t at = std::size_t(row) * _width;
-  return Row{&_values[at], &_held[at]};
+  return Row{&_values[at], &_held[at], row};
+}
+
+const ReplicateValues::Moments& ReplicateValues::MomentsOf(const Row& row, std::size_t last) const {
+  last = std::min(last, _width - 1);
+  if (last != _momentsLast || _moments.size() != _rows) {
+    _moments.assign(_rows, Moments{});
+    _momentsReady.assign(_rows, false);
+    _momentsLast = last;
+  }
+  const std::uint32_t first = row.index;
+  if (_momentsReady[first]) return _moments[first];
+  constexpr std::uint32_t kLanes = 4;
+  // Past the last row a lane repeats it; its result is not kept.
+  std::size_t at[kLanes];
+  Moments lane[kLanes];
+  for (std::uint32_t j = 0; j < kLanes; ++j) at[j] = std::size_t(std::min(first + j, _rows - 1)) * _width;
+  for (std::size_t k = 1; k <= last; ++k) {
+    for (std::uint32_t j = 0; j < kLanes; ++j) {
+      const double value = _values[at[j] + k];
+      if (_held[at[j] + k] == Held::kNumber && value != OmNumber::kSysMiss) {
+        MCBSStdErrorBias::Step(lane[j].count, lane[j].mean, lane[j].sumSquares, value);
+      }
+    }
+  }
+  for (std::uint32_t j = 0; j < kLanes && first + j < _rows; ++j) {
+    _moments[first + j] = lane[j];
+    _momentsReady[first + j] = true;
+  }
+  return _moments[first];
 }
 
 ReplicateValues::Held ReplicateValues::At(const OmPivotTable::Coordinates& address, int k,

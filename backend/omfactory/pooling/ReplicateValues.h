@@ -25,6 +25,16 @@ public:
   struct Row {
     const double* values = nullptr;
     const Held* held = nullptr;
+    std::uint32_t index = 0;
+  };
+
+  // The running mean and sum of squared deviations of a row's numbers (the system-missing value
+  // left out) among samples 1 ... last, taken in sample order: what accumulating them one by one
+  // in MCBSStdErrorBias gives, to the last bit.
+  struct Moments {
+    std::size_t count = 0;
+    double mean = 0.0;
+    double sumSquares = 0.0;
   };
 
   // Reads every cell of table whose coordinate on splitDim is above 0. A splitDim outside the
@@ -44,6 +54,12 @@ public:
 
   // What sample k (0 < k < Width()) of the statistic at address held; *value is its number.
   Held At(const OmPivotTable::Coordinates& address, int k, double* value) const;
+
+  // The moments of row (found here, not null) over samples 1 ... last (at most Width() - 1).
+  // Each step of an accumulation waits for the division of the step before; four rows
+  // accumulated side by side overlap their divisions, so the row and the three after it (the
+  // statistics pooled next, as a rule) are done at once and kept.
+  const Moments& MomentsOf(const Row& row, std::size_t last) const;
 
 private:
   static constexpr std::uint32_t kNone = 0xFFFFFFFFu;
@@ -71,4 +87,8 @@ private:
   std::vector<std::uint32_t> _index;  // open addressing (linear probing) over row numbers
   std::vector<double> _values;        // row r's entries at r * _width
   std::vector<Held> _held;
+  // Rows' moments over samples 1 ... _momentsLast, valid where _momentsReady is set.
+  mutable std::vector<Moments> _moments;
+  mutable std::vector<bool> _momentsReady;
+  mutable std::size_t _momentsLast = 0;
 };
