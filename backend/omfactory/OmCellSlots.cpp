@@ -49,7 +49,7 @@ std::unique_ptr<OmCellText> OmCellSlots::Make(Value& value) const {
   if (value.kind == Value::kNumber) {
     cell = std::make_unique<OmNumber>(value.number, value.format);
   } else {
-    cell = std::make_unique<OmStringCell>(value.text, value.translatable);
+    cell = std::make_unique<OmStringCell>(value.text.substr(0, value.length), value.translatable);
   }
   cell->setICUTracker(value.tracker);
   value.kind = Value::kNone;
@@ -62,6 +62,19 @@ std::unique_ptr<OmCellText> OmCellSlots::TakeSparse(int id) {
   std::unique_ptr<OmCellText> cell = std::move(it->second);
   _sparse.erase(it);
   return cell;
+}
+
+void OmCellSlots::ReleaseText(Value& value) { std::string().swap(value.text); }
+
+void OmCellSlots::DiscardCell(int id) {
+  if (id >= kDenseIds) return void(_sparse.erase(id));
+  const std::size_t index = std::size_t(id);
+  if (id < 0 || index >= _slots.size()) return;
+  // A large text buffer that a take swapped in is given back with the slot's cell.
+  if (index < _values.size() && _values[index].text.capacity() > kKeptTextCapacity) {
+    ReleaseText(_values[index]);
+  }
+  _slots[index].reset();
 }
 
 OmCellText* OmCellSlots::Peek(int id) const {

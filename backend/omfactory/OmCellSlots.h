@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -46,7 +47,11 @@ public:
   void StoreText(int id, std::string_view text, bool translatable, icuTracker* tracker) {
     if (id < 0 || id >= kValueIds) return MakeText(id, text, translatable, tracker);
     Value& slot = ValueSlot(id);
-    slot.text.assign(text);  // reuses the buffer of the slot's earlier texts
+    // The buffer of the slot's earlier texts is reused: its length only grows, and the text's
+    // own length is kept beside it, so that a shorter text is a plain copy.
+    if (text.size() > slot.text.size()) slot.text.resize(text.size());
+    if (!text.empty()) std::memcpy(slot.text.data(), text.data(), text.size());
+    slot.length = std::uint32_t(text.size());
     slot.kind = Value::kText;
     slot.translatable = translatable;
     slot.tracker = tracker;
@@ -80,29 +85,24 @@ public:
     Value& value = _values[index];
     value.kind = Value::kNone;
     into.swap(value.text);
+    into.resize(value.length);  // a cut: the buffer is at least that long
     translatable = value.translatable;
     return true;
   }
   // The cell in slot id, or null; the slot keeps it.
   OmCellText* Peek(int id) const;
-  // Empties slot id, if it holds anything, without making its cell.
-  void Discard(int id) {
+  // Empties slot id, if it holds anything, without making its cell. A waiting value (every cell
+  // of a dropped table) is emptied here; a cell object out of line.
+  [[gnu::always_inline]] void Discard(int id) {
     const std::size_t index = std::size_t(id);
     // A waiting value's slot holds no cell (taking or peeking a value empties it first).
     if (index < _values.size() && _values[index].kind != Value::kNone) {
       Value& value = _values[index];
       value.kind = Value::kNone;
-      if (value.text.capacity() > kKeptTextCapacity) std::string().swap(value.text);
+      if (value.text.capacity() > kKeptTextCapacity) ReleaseText(value);
       return;
     }
-    if (id >= kDenseIds) return void(_sparse.erase(id));
-    if (id < 0 || index >= _slots.size()) return;
-    if (index < _values.size()) {
-      Value& value = _values[index];
-      value.kind = Value::kNone;
-      if (value.text.capacity() > kKeptTextCapacity) std::string().swap(value.text);
-    }
-    _slots[index].reset();
+    DiscardCell(id);
   }
   // Destroys every cell and shrinks the table to nothing.
   void Clear();
@@ -118,7 +118,8 @@ private:
     std::uint32_t format = 0;
     double number = 0.0;
     icuTracker* tracker = nullptr;
-    std::string text;
+    std::string text;  // a waiting text's first `length` bytes; the rest is room
+    std::uint32_t length = 0;
   };
 
   // A waiting text buffer grown beyond this is given back when the slot is emptied.
@@ -137,6 +138,9 @@ private:
   void MakeText(int id, std::string_view text, bool translatable, icuTracker* tracker);
   std::unique_ptr<OmCellText> Make(Value& value) const;
   std::unique_ptr<OmCellText> TakeSparse(int id);
+  // Discard for a slot without a waiting value.
+  void DiscardCell(int id);
+  static void ReleaseText(Value& value);
 
   // Peek makes a waiting cell, which changes how a slot holds its content but not the content.
   mutable std::vector<std::unique_ptr<OmCellText>> _slots;

@@ -55,7 +55,7 @@ public:
     std::memcpy(&value, At(offset, 4), sizeof value);
     return value;
   }
-  std::uint8_t Byte(unsigned offset) const { return *At(offset, 1); }
+  OM_FIELD_READER std::uint8_t Byte(unsigned offset) const { return *At(offset, 1); }
   void SetByte(unsigned offset, std::uint8_t value) { *At(offset, 1) = value; }
 
   // A number format word: the 24-bit wire value, its top byte zeroed in the payload, converted to
@@ -68,7 +68,7 @@ public:
   // Wire format (d bits 0-7, w bits 8-15, t bits 16-23; the top byte is ignored) to the model's
   // format word (bits 0-15 width, 16-23 type, 24-31 decimals). Widths above 40 survive for types
   // 1 and 2 only; type 1 keeps the two low bytes as a 16-bit width, high byte first.
-  static std::uint32_t ConvertFormat(std::uint32_t wire) {
+  OM_FIELD_READER static std::uint32_t ConvertFormat(std::uint32_t wire) {
     const std::uint32_t d = wire & 0xFF;
     std::uint32_t w = (wire >> 8) & 0xFF;
     const std::uint32_t t = (wire >> 16) & 0xFF;
@@ -89,7 +89,8 @@ public:
   // The `length` bytes at offset. A negative length or a text running past the payload fails with
   // "<name> <field> length out of range", value 1 = the length, value 2 = the bytes available.
   // An empty text still points into the payload (or is null for a null payload).
-  std::string_view Text(std::uint64_t offset, std::int64_t length, const char* field) const {
+  OM_FIELD_READER std::string_view Text(std::uint64_t offset, std::int64_t length,
+                                        const char* field) const {
     const std::int64_t available = offset > _length ? 0 : std::int64_t(_length - offset);
     if (length < 0 || length > available) FailLength(length, available, field);
     if (_bytes == nullptr) return {};
