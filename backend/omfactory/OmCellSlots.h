@@ -76,16 +76,15 @@ public:
     tracker = waiting.tracker;
     return true;
   }
-  // When slot id holds a waiting text: empties the slot, swapping its text into `into` (both keep
-  // their buffers, so a caller that reuses `into` allocates nothing), and gives true with the
-  // text's translatable flag; otherwise false and nothing changes.
-  bool TakeText(int id, std::string& into, bool& translatable) {
+  // When slot id holds a waiting text: empties the slot and gives true with the text, which
+  // stays readable in the slot's buffer until the slot is next stored or cleared, and its
+  // translatable flag; otherwise false and nothing changes.
+  bool TakeText(int id, std::string_view& text, bool& translatable) {
     const std::size_t index = std::size_t(id);
     if (id < 0 || index >= _values.size() || _values[index].kind != Value::kText) return false;
     Value& value = _values[index];
     value.kind = Value::kNone;
-    into.swap(value.text);
-    into.resize(value.length);  // a cut: the buffer is at least that long
+    text = std::string_view(value.text.data(), value.length);
     translatable = value.translatable;
     return true;
   }

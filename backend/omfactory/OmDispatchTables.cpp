@@ -50,7 +50,8 @@ void OmFactory::Data::OnCell(OmPayload& message) {
   // A plain text label (nearly every cell's) is looked up as text; its cell is made only
   // for a category the dimension does not have yet.
   bool translatable = false;
-  const bool text = _cells.TakeText(categoryId, _labelText, translatable);
+  std::string_view label;  // in the slot's buffer, which no message touches before the cell ends
+  const bool text = _cells.TakeText(categoryId, label, translatable);
   std::unique_ptr<OmCellText> category = text ? nullptr : _cells.Take(categoryId);
   if (!plain) Required(message, value, valueId, "value cell id");
   if (!text) Required(message, category, categoryId, "category cell id");
@@ -58,8 +59,8 @@ void OmFactory::Data::OnCell(OmPayload& message) {
   if (category) category->Accept(_tableFixer);
   const int d = builder->CellDimension();
   builder->SelectCellDimension();
-  if (text && !builder->SetExistingCategory(d, _labelText)) {
-    category = std::make_unique<OmStringCell>(_labelText, translatable);
+  if (text && !builder->SetExistingCategory(d, label)) {
+    category = std::make_unique<OmStringCell>(std::string(label), translatable);
   }
   if (category) {
     category->setICUTracker(builder->Table().getICUTracker());

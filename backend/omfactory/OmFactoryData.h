@@ -160,8 +160,6 @@ struct OmFactory::Data {
 
   // Message decoding state.
   OmCellSlots _cells;
-  // The label text of the IPC_CELL being handled; its buffer is reused from cell to cell.
-  std::string _labelText;
   OmStringAssembler _strings;
   int _currentComposite = 0;
   int _currentTCID = -1;

@@ -286,7 +286,8 @@ bool OmPivotFactory::SetExistingCategory(int d, std::string_view text) {
   Data& my = *_my;
   my.CheckDimension("SetCategory", d);
   OmDimensionNode* parent = my._dimensions[std::size_t(d)]._node;
-  const int i = parent->FindCategoryText(text);
+  // Cells name the categories mostly in turn: the one after the current is tried first.
+  const int i = parent->FindCategoryText(text, my._currentCategory[std::size_t(d)] + 1);
   if (i < 0) return false;
   const int leaf = parent->Child(std::size_t(i))->LeafIndex();
   if (leaf == -1) {

@@ -1,7 +1,9 @@
 #include "platform/outputmodel/OmDimensionNode.h"
 
+#include <algorithm>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <typeinfo>
 
 #include <unicode/coll.h>
@@ -89,7 +91,7 @@ OmDimensionNode::~OmDimensionNode() = default;
 
 void OmDimensionNode::setLabel(std::unique_ptr<OmCellText> label) {
   _label = std::move(label);
-  if (_parent) _parent->_index.reset();
+  if (_parent) _parent->Forget();
 }
 
 int OmDimensionNode::Depth() const {
@@ -115,7 +117,7 @@ OmDimensionNode* OmDimensionNode::Child(std::size_t i) const {
 }
 
 OmDimensionNode::Children_t& OmDimensionNode::Children() {
-  _index.reset();
+  Forget();
   return _children;
 }
 
@@ -124,6 +126,7 @@ OmDimensionNode* OmDimensionNode::AddChild(std::unique_ptr<OmDimensionNode> chil
   child->_parent = this;
   OmDimensionNode* added = child.get();
   _children.push_back(std::move(child));
+  _textsUnique = kUnknown;
   if (_index) {
     if (added->_label) {
       _index->emplace(added->_label->Hash(), int(_children.size() - 1));
@@ -142,7 +145,7 @@ std::unique_ptr<OmDimensionNode> OmDimensionNode::RemoveChild(std::size_t i) {
   std::unique_ptr<OmDimensionNode> child = std::move(_children[i]);
   _children.erase(_children.begin() + std::ptrdiff_t(i));
   child->_parent = nullptr;
-  _index.reset();
+  Forget();
   return child;
 }
 
@@ -178,11 +181,43 @@ int OmDimensionNode::FindChild(const OmCellText& label, bool group) const {
   return found;
 }
 
+namespace {
+
+// The text of a label that is a plain string cell, or null.
+const std::string* PlainText(const OmCellText* label) {
+  if (!label || typeid(*label) != typeid(OmStringCell)) return nullptr;
+  return &static_cast<const OmStringCell&>(*label).ShownText();
+}
+
+}  // namespace
+
+bool OmDimensionNode::TextsUnique() const {
+  if (_textsUnique == kUnknown) {
+    std::vector<std::string_view> texts;
+    for (const auto& c : _children) {
+      if (const std::string* text = PlainText(c->_label.get())) texts.push_back(*text);
+    }
+    std::sort(texts.begin(), texts.end());
+    _textsUnique = std::adjacent_find(texts.begin(), texts.end()) == texts.end() ? kUnique : kShared;
+  }
+  return _textsUnique == kUnique;
+}
+
+int OmDimensionNode::FindCategoryText(std::string_view text, int guess) const {
+  if (guess >= 0 && std::size_t(guess) < _children.size()) {
+    const OmDimensionNode& c = *_children[std::size_t(guess)];
+    const std::string* shown = c._group ? nullptr : PlainText(c._label.get());
+    if (shown && *shown == text && TextsUnique()) return guess;
+  }
+  return FindCategoryText(text);
+}
+
 int OmDimensionNode::FindCategoryText(std::string_view text) const {
   // What Equals decides for an OmStringCell(text): the same dynamic type, the same shown text.
   auto matches = [text](const OmDimensionNode& c) {
-    if (c._group || !c._label || typeid(*c._label) != typeid(OmStringCell)) return false;
-    return static_cast<const OmStringCell&>(*c._label).ShownText() == text;
+    if (c._group) return false;
+    const std::string* shown = PlainText(c._label.get());
+    return shown && *shown == text;
   };
   if (_children.size() < kIndexThreshold) {
     for (std::size_t i = 0; i < _children.size(); ++i) {

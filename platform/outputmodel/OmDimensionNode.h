@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string_view>
 #include <unordered_map>
@@ -60,6 +61,10 @@ public:
   // FindChild(OmStringCell(text), false) without making the cell: the first category (not a
   // group) whose label is a plain string cell showing text; -1 if none.
   int FindCategoryText(std::string_view text) const;
+  // The same, trying the category at guess first: a procedure's cells name a dimension's
+  // categories mostly in turn. The guess stands only while no two children show the same plain
+  // text, so the answer is always the first match.
+  int FindCategoryText(std::string_view text, int guess) const;
 
   // The leaf indices of the categories in this subtree (this node's own if it is one), in order.
   void CollectLeaves(std::vector<int>& leaves) const;
@@ -73,11 +78,21 @@ public:
 private:
   using Index = std::unordered_multimap<std::size_t, int>;
   const Index& LookupIndex() const;
+  // Whether no two children's labels are plain string cells showing the same text; worked out
+  // on demand and forgotten with the index.
+  bool TextsUnique() const;
+  // Forgets what was worked out from the children's labels.
+  void Forget() const {
+    _index.reset();
+    _textsUnique = kUnknown;
+  }
 
   std::unique_ptr<OmCellText> _label;
   OmDimensionNode* _parent = nullptr;
   Children_t _children;
   mutable std::unique_ptr<Index> _index;  // label hash -> child position, built on demand
+  enum : std::uint8_t { kUnknown, kUnique, kShared };
+  mutable std::uint8_t _textsUnique = kUnknown;
   int _leaf;
   int _sortMark = -1;
   bool _group;

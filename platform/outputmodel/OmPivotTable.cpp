@@ -440,7 +440,11 @@ private:
     if (at == _entries.capacity()) Regrow(_entries, grown);
     if (at == _tags.capacity()) Regrow(_tags, grown);
     if (!_index.empty() && (at + 1) * 10 > _index.size() * 7) BuildIndex(2 * _index.size());
-    std::copy(key, key + _words, &_keys[at * _words]);
+    if (_words == 1) {  // nearly every table: a store, not a call to copy a run of unknown length
+      _keys[at] = key[0];
+    } else {
+      std::copy(key, key + _words, &_keys[at * _words]);
+    }
     _entries.push_back(entry);
     _tags.push_back(tag);
     ++_count;

@@ -52,12 +52,26 @@ TEST(OmDimensionNode, FindCategoryTextAnswersAsFindChildWithAStringCell) {
     dim.Child(root, -1, S(""), false);
     for (int i = 0; i < extra; ++i) dim.Child(root, -1, S("c" + std::to_string(i)), false);
     for (const char* text : {"N", "Mean", "", "c7", "c39", "missing", "Mea"}) {
-      EXPECT_EQ(root->FindCategoryText(text), dim.FindChild(root, S(text), false))
-          << "'" << text << "' among " << root->NChildren();
+      const int expected = dim.FindChild(root, S(text), false);
+      // Whatever category is guessed first.
+      for (int guess = -1; guess <= int(root->NChildren()); ++guess) {
+        EXPECT_EQ(root->FindCategoryText(text, guess), expected)
+            << "'" << text << "' among " << root->NChildren() << ", guess " << guess;
+      }
     }
     EXPECT_EQ(root->FindCategoryText("Mean"), 3);
     EXPECT_EQ(root->FindCategoryText("N"), 4);
   }
+  // A guess that was right while the texts were unique is not once a duplicate comes before it.
+  OmDimension dim(S("d"));
+  for (const char* text : {"a", "b", "c"}) dim.Child(&dim.Root(), -1, S(text), false);
+  EXPECT_EQ(dim.Root().FindCategoryText("c", 2), 2);
+  dim.Child(&dim.Root(), -1, S("b"), false);
+  EXPECT_EQ(dim.Root().FindCategoryText("b", 3), 1);
+  dim.Root().RemoveChild(3);
+  EXPECT_EQ(dim.Root().FindCategoryText("c", 2), 2);
+  dim.Root().Child(0)->setLabel(S("c").Clone());
+  EXPECT_EQ(dim.Root().FindCategoryText("c", 2), 0);
 }
 
 TEST(OmDimension, DeleteRemovesTheSubtreeButNeverTheRoot) {
