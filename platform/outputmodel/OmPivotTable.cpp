@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <exception>
 #include <new>
 #include <cctype>
 #include <unordered_map>
@@ -95,8 +96,9 @@ public:
     return coords;
   }
 
+  using Visitor = void (*)(void*, const OmPivotTable::CellView&);
   // Every cell, in log order, to visit.
-  void ReadAll(void (*visit)(void*, const OmPivotTable::CellView&), void* context) const {
+  void ReadAll(Visitor visit, void* context) const {
     std::vector<int> coords(_fields.size(), 0);
     OmPivotTable::CellView view{coords.data(), nullptr, 0.0};
     const std::size_t n = _fields.size();
@@ -188,9 +190,14 @@ public:
     return cell;
   }
 
-  // Destroys the cells whose coordinate on d is in leaves.
-  void Drop(std::size_t d, const std::vector<int>& leaves) {
-    if (d >= _fields.size() || _count == 0) return;
+  // Destroys the cells whose coordinate on d is in leaves; with visit, shows every cell to it
+  // first.
+  void Drop(std::size_t d, const std::vector<int>& leaves, Visitor visit = nullptr,
+            void* context = nullptr) {
+    if (d >= _fields.size() || _count == 0) {
+      if (visit != nullptr) ReadAll(visit, context);
+      return;
+    }
     // Marked by coordinate, so that each cell costs a bit test rather than a hash look-up; no
     // stored coordinate reaches past its field.
     const std::size_t room = std::size_t(1) << _fields[d].width;
@@ -200,7 +207,7 @@ public:
       if (std::size_t(leaf) >= marked.size()) marked.resize(std::size_t(leaf) + 1, false);
       marked[std::size_t(leaf)] = true;
     }
-    Compact(d, marked);
+    Compact(d, marked, visit, context);
   }
 
   // Destroys every cell; the store starts again as an empty sorted log.
@@ -455,13 +462,29 @@ private:
   // dimension), keeping the log's order; the index is rebuilt, and memory given back when the
   // log has shrunk to a quarter. Running out of memory here leaves a consistent store: the new
   // index's slots are allocated first, and the smaller arrays are only attempted.
-  void Compact(std::size_t d, const std::vector<bool>& leaves) {
+  void Compact(std::size_t d, const std::vector<bool>& leaves, Visitor visit = nullptr,
+               void* context = nullptr) {
     std::vector<Slot> index;
     index.reserve(_index.size());
+    std::vector<int> coords(visit != nullptr ? _fields.size() : 0, 0);
+    OmPivotTable::CellView view{coords.data(), nullptr, 0.0};
+    std::exception_ptr failure;
     std::size_t kept = 0;
     for (std::size_t at = 0; at < _tags.size(); ++at) {
       const std::uint8_t tag = _tags[at];
       if (tag == kHole) continue;
+      if (visit != nullptr) {
+        const std::uint64_t* key = KeyAt(at);
+        for (std::size_t f = 0; f < coords.size(); ++f) coords[f] = Extract(key, _fields[f]);
+        view.object = tag == kObject ? _entries[at].cell : nullptr;
+        view.number = tag == kObject ? 0.0 : _entries[at].number;
+        try {
+          visit(context, view);
+        } catch (...) {  // the pass goes on without the visitor, so that the store stays whole
+          failure = std::current_exception();
+          visit = nullptr;
+        }
+      }
       if (d < _fields.size()) {
         const std::size_t c = std::size_t(Extract(KeyAt(at), _fields[d]));
         if (c < leaves.size() && leaves[c]) {
@@ -492,6 +515,7 @@ private:
       if (!_index.empty() && _index.size() < _index.capacity()) BuildIndex(_index.size());
     } catch (const std::bad_alloc&) {  // the larger arrays serve as well
     }
+    if (failure) std::rethrow_exception(failure);
   }
 
   void Widen(const std::vector<int>& coords) {
@@ -835,6 +859,11 @@ bool OmPivotTable::IsEnded() const { return _my->ended; }
 
 void OmPivotTable::DropCells(int d, const std::vector<int>& leaves) {
   _my->cells.Drop(std::size_t(d), leaves);
+}
+
+void OmPivotTable::ReadAndDropCells(int d, const std::vector<int>& leaves,
+                                    void (*visit)(void*, const CellView&), void* context) {
+  _my->cells.Drop(std::size_t(d), leaves, visit, context);
 }
 
 int OmPivotTable::Footnote(const OmFootnote& footnote, bool alwaysAdd) {

@@ -150,6 +150,17 @@ public:
               const_cast<void*>(static_cast<const void*>(&visit)));
   }
   void ReadCells(void (*visit)(void* context, const CellView& cell), void* context) const;
+  // ReadCells, then DropCells(d, leaves), in one pass over the store: a bootstrapped table sheds
+  // nearly every cell as its samples are gathered, and a second pass would read them all again.
+  // visit sees each cell before it goes.
+  template <typename Visit>
+  void ReadAndDropCells(int d, const std::vector<int>& leaves, Visit&& visit) {
+    using F = std::remove_reference_t<Visit>;
+    ReadAndDropCells(d, leaves, [](void* f, const CellView& cell) { (*static_cast<F*>(f))(cell); },
+                     static_cast<void*>(&visit));
+  }
+  void ReadAndDropCells(int d, const std::vector<int>& leaves,
+                        void (*visit)(void* context, const CellView& cell), void* context);
   // The cells in the order they were first stored. Looking cells up never invalidates an
   // iterator; storing or removing one may.
   Iterator FirstCell() const;

@@ -86,13 +86,11 @@ void CollectReplicateLeaves(const OmDimensionNode& node, std::vector<int>& leave
 // KeepOriginalSampleCategories drops afterwards anyway, and only while the original sample keeps
 // coordinate 0, where the collectors read it from the table.
 std::unique_ptr<ReplicateValues> GatherSamples(OmPivotTable& table, int d) {
-  auto values = std::make_unique<ReplicateValues>(table, d);
   std::vector<int> leaves;
   CollectReplicateLeaves(table.Dimension(d).Root(), leaves);
-  if (!leaves.empty() && std::find(leaves.begin(), leaves.end(), 0) == leaves.end()) {
-    table.DropCells(d, leaves);
-  }
-  return values;
+  if (std::find(leaves.begin(), leaves.end(), 0) != leaves.end()) leaves.clear();
+  // Read and dropped in one pass.
+  return std::make_unique<ReplicateValues>(table, d, leaves);
 }
 
 void StripDimension(OmPivotTable& table, OmDimensionNode& node) {

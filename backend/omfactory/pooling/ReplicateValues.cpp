@@ -8,68 +8,72 @@
 #include "platform/outputmodel/OmNumber.h"
 
 ReplicateValues::ReplicateValues(const OmPivotTable& table, int splitDim) : _splitDim(splitDim) {
-  const int n = table.NDimensions();
-  if (splitDim < 0 || splitDim >= n) {
-    throw OMSException("ReplicateValues::ReplicateValues -- split dimension < NDimensions()",
-                       splitDim, n);
-  }
-  _dimensions = std::size_t(n);
-  int highest = 0;
-  // A cell beyond its dimension's categories is rare enough for a second pass to be the cheap
-  // way to keep it.
-  if (!Gather(table, std::size_t(std::max(table.Size(splitDim), 1)), &highest)) {
-    Gather(table, std::size_t(highest) + 1, &highest);
-  }
+  Start(table);
+  table.ReadCells([this](const OmPivotTable::CellView& cell) { Add(cell); });
 }
 
-bool ReplicateValues::Gather(const OmPivotTable& table, std::size_t width, int* highest) {
-  _width = width;
-  _rows = 0;
-  _keys.clear();
-  _values.clear();
-  _held.clear();
-  _hashes.clear();
+ReplicateValues::ReplicateValues(OmPivotTable& table, int splitDim, const std::vector<int>& drop)
+    : _splitDim(splitDim) {
+  Start(table);
+  table.ReadAndDropCells(splitDim, drop, [this](const OmPivotTable::CellView& cell) { Add(cell); });
+}
+
+void ReplicateValues::Start(const OmPivotTable& table) {
+  const int n = table.NDimensions();
+  if (_splitDim < 0 || _splitDim >= n) {
+    throw OMSException("ReplicateValues::ReplicateValues -- split dimension < NDimensions()",
+                       _splitDim, n);
+  }
+  _dimensions = std::size_t(n);
+  _width = std::size_t(std::max(table.Size(_splitDim), 1));
   // A full table has one row per (its cells / width); a sparser one grows the arrays.
-  const std::size_t expected = table.NCells() / width + 1;
+  const std::size_t expected = table.NCells() / _width + 1;
   _keys.reserve(expected * (_dimensions - 1));
-  _values.reserve(expected * width);
-  _held.reserve(expected * width);
+  _values.reserve(expected * _width);
+  _held.reserve(expected * _width);
   OmPreferHugePages(_values.data(), _values.capacity() * sizeof(double));
   OmPreferHugePages(_held.data(), _held.capacity() * sizeof(Held));
   _hashes.reserve(expected);
   Reindex(16);
-  *highest = 0;
-  bool fits = true;
-  const std::size_t split = std::size_t(_splitDim);
-  std::uint32_t row = kNone;
-  table.ReadCells([&](const OmPivotTable::CellView& cell) {
-    const int* coords = cell.coords;
-    const int k = coords[split];
-    if (k <= 0) return;
-    if (std::size_t(k) >= width) {
-      fits = false;
-      *highest = std::max(*highest, k);
-      return;
-    }
-    // Cells come in storage order, which is mostly coordinate order: a statistic's samples
-    // follow one another when the split dimension is the fastest.
-    if (row == kNone || !SameKey(row, coords)) {
-      const std::uint64_t hash = HashOf(coords);
-      row = Lookup(coords, hash);
-      if (row == kNone) row = AddRow(coords, hash);
-    }
-    const std::size_t at = std::size_t(row) * width + std::size_t(k);
-    if (cell.object == nullptr) {  // nearly every sample: a plain number kept as such
-      _held[at] = Held::kNumber;
-      _values[at] = cell.number;
-    } else if (const auto* number = dynamic_cast<const OmNumber*>(cell.object)) {
-      _held[at] = Held::kNumber;
-      _values[at] = number->Value();
-    } else {
-      _held[at] = Held::kText;
-    }
-  });
-  return fits;
+}
+
+void ReplicateValues::Add(const OmPivotTable::CellView& cell) {
+  const int* coords = cell.coords;
+  const int k = coords[std::size_t(_splitDim)];
+  if (k <= 0) return;
+  // A cell beyond its dimension's categories is rare: the rows are widened then.
+  if (std::size_t(k) >= _width) Widen(std::max(std::size_t(k) + 1, _width + _width / 2));
+  // Cells come in storage order, which is mostly coordinate order: a statistic's samples
+  // follow one another when the split dimension is the fastest.
+  if (_lastRow == kNone || !SameKey(_lastRow, coords)) {
+    const std::uint64_t hash = HashOf(coords);
+    _lastRow = Lookup(coords, hash);
+    if (_lastRow == kNone) _lastRow = AddRow(coords, hash);
+  }
+  const std::size_t at = std::size_t(_lastRow) * _width + std::size_t(k);
+  if (cell.object == nullptr) {  // nearly every sample: a plain number kept as such
+    _held[at] = Held::kNumber;
+    _values[at] = cell.number;
+  } else if (const auto* number = dynamic_cast<const OmNumber*>(cell.object)) {
+    _held[at] = Held::kNumber;
+    _values[at] = number->Value();
+  } else {
+    _held[at] = Held::kText;
+  }
+}
+
+void ReplicateValues::Widen(std::size_t width) {
+  std::vector<double> values(std::size_t(_rows) * width, 0.0);
+  std::vector<Held> held(std::size_t(_rows) * width, Held::kNothing);
+  for (std::size_t r = 0; r < _rows; ++r) {
+    std::copy_n(_values.begin() + std::ptrdiff_t(r * _width), _width,
+                values.begin() + std::ptrdiff_t(r * width));
+    std::copy_n(_held.begin() + std::ptrdiff_t(r * _width), _width,
+                held.begin() + std::ptrdiff_t(r * width));
+  }
+  _values.swap(values);
+  _held.swap(held);
+  _width = width;
 }
 
 std::uint64_t ReplicateValues::HashOf(const int* coords) const {

@@ -40,11 +40,15 @@ public:
   // Reads every cell of table whose coordinate on splitDim is above 0. A splitDim outside the
   // table is an OMSException.
   ReplicateValues(const OmPivotTable& table, int splitDim);
+  // The same, and drops from table the cells whose coordinate on splitDim is in drop, in the
+  // same pass (OmPivotTable::ReadAndDropCells).
+  ReplicateValues(OmPivotTable& table, int splitDim, const std::vector<int>& drop);
   ReplicateValues(const ReplicateValues&) = delete;
   ReplicateValues& operator=(const ReplicateValues&) = delete;
 
   int SplitDim() const { return _splitDim; }
-  // Entries per row: the split dimension's coordinate range when gathered.
+  // Entries per row: the split dimension's coordinate range when gathered (more when a cell lay
+  // beyond it).
   std::size_t Width() const { return _width; }
 
   // The row of the statistic at address (its split coordinate is ignored); a row of nulls when
@@ -64,9 +68,12 @@ public:
 private:
   static constexpr std::uint32_t kNone = 0xFFFFFFFFu;
 
-  // Reads the cells into rows of width entries; false when a cell's split coordinate is at or
-  // beyond width (a cell outside its dimension's categories), with the highest one in *highest.
-  bool Gather(const OmPivotTable& table, std::size_t width, int* highest);
+  // Checks the split dimension and sizes the arrays for table's cells.
+  void Start(const OmPivotTable& table);
+  // Files one cell of the table.
+  void Add(const OmPivotTable::CellView& cell);
+  // Makes every row width entries long (more than now), keeping the entries.
+  void Widen(std::size_t width);
   // Hash and comparison of the gathered dimensions of coords, the split coordinate left out.
   std::uint64_t HashOf(const int* coords) const;
   bool SameKey(std::uint32_t row, const int* coords) const;
@@ -82,6 +89,7 @@ private:
   std::size_t _dimensions = 0;  // the table's dimension count when gathered
   std::size_t _width = 0;
   std::uint32_t _rows = 0;
+  std::uint32_t _lastRow = kNone;  // the row of the cell filed last
   std::vector<int> _keys;             // row r's coordinates, split one left out, at r * (n - 1)
   std::vector<std::uint64_t> _hashes; // row r's key's hash
   std::vector<std::uint32_t> _index;  // open addressing (linear probing) over row numbers
