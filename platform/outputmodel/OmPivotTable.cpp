@@ -278,6 +278,27 @@ private:
   // Puts entry of tag at coords, destroying what was there. Everything that allocates comes
   // first: when it throws, the store is as it was and an object entry is still the caller's.
   void Store(const std::vector<int>& coords, std::uint8_t tag, Entry entry) {
+    // Nearly every cell of a table built in coordinate order: a one-word key above the last one,
+    // appended to a log without an index that has room for it. Checked, encoded and stored in
+    // one pass over the coordinates; anything else takes the general way below.
+    const std::size_t at = _tags.size();
+    if (_words == 1 && _sorted && _index.empty() && at > 0 && at < _keyRoom &&
+        at < _entries.capacity() && at < _tags.capacity() && coords.size() == _fields.size()) {
+      std::uint64_t word = 0;
+      std::uint32_t beyond = 0;  // bits of a negative coordinate or one past its field
+      for (std::size_t d = 0; d < _fields.size(); ++d) {
+        const std::uint32_t c = std::uint32_t(coords[d]);
+        beyond |= c >> _fields[d].width;  // widths stay below 32
+        word |= std::uint64_t(c) << _fields[d].shift;
+      }
+      if (beyond == 0 && _keys[at - 1] < word) {
+        _keys[at] = word;
+        _entries.push_back(entry);
+        _tags.push_back(tag);
+        ++_count;
+        return;
+      }
+    }
     Widen(coords);
     std::uint64_t key[kMaxWords];
     Encode(coords, key);

@@ -64,6 +64,19 @@ TEST(OmPivotTable, CellsDifferingInOneFieldOfATwoWordKeyStayApart) {
   }
 }
 
+// Cells stored in coordinate order take the store's quick append; one whose coordinate outgrows
+// its key field (four dimensions share a word, 16 bits each) must widen the keys first.
+TEST(OmPivotTable, AnAppendedCoordinateThatOutgrowsItsFieldWidensTheKeys) {
+  OmPivotTable t(S("t"), S("t"));
+  for (int d = 0; d < 4; ++d) t.AddDimension(OmNumber(d));
+  t.CellOrderHint(3);
+  const std::vector<std::vector<int>> cells = {
+      {0, 0, 0, 0}, {0, 0, 0, 1}, {0, 0, 0, 70000}, {0, 0, 1, 0}, {0, 1, 0, 5}, {1, 0, 0, 2}};
+  for (std::size_t i = 0; i < cells.size(); ++i) t.Number(cells[i], double(i), 0, nullptr);
+  ASSERT_EQ(t.NCells(), cells.size());
+  for (std::size_t i = 0; i < cells.size(); ++i) EXPECT_EQ(ValueAt(t, cells[i]), double(i)) << i;
+}
+
 TEST(OmPivotTable, HoldsManyCellsCompactly) {
   OmPivotTable t(S("t"), S("t"));
   for (int d = 0; d < 4; ++d) t.AddDimension(OmNumber(d));
