@@ -50,8 +50,8 @@ bool LeavesDropDecision(short code) {
 void OmFactory::Data::ProcessMessage(short code, unsigned length, const void* payload) {
   using enum MessageCode;
   // The three messages of nearly every cell (its number, its label, the cell) are told apart by
-  // direct tests before the general dispatch: they leave the drop decision alone, and a jump
-  // table's indirect branch is the one that a busy host's context switches leave unpredicted.
+  // direct tests before the general dispatch: they leave the drop decision alone and need
+  // neither the range tests nor the two jump tables below.
   if (code == short(IPC_CELL)) {
     OmPayload message(code, length, payload, _swapBytes);
     return OnCell(message);
