@@ -70,7 +70,7 @@ void OmCellSlots::DiscardCell(int id) {
   if (id >= kDenseIds) return void(_sparse.erase(id));
   const std::size_t index = std::size_t(id);
   if (id < 0 || index >= _slots.size()) return;
-  // A large text buffer that a take swapped in is given back with the slot's cell.
+  // A text buffer grown large is given back with the slot's cell.
   if (index < _values.size() && _values[index].text.capacity() > kKeptTextCapacity) {
     ReleaseText(_values[index]);
   }
